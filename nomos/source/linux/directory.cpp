@@ -1,0 +1,62 @@
+// Where the library lies, and the environment.
+
+#include "platform.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace nomos::platform {
+namespace {
+
+unsigned copyCut(const std::string& text, char* buffer, unsigned size) {
+  if (size == 0) return 0;
+  const std::size_t length = std::min<std::size_t>(text.size(), size - 1);
+  std::memcpy(buffer, text.data(), length);
+  buffer[length] = '\0';
+  return static_cast<unsigned>(length);
+}
+
+// The folder of the library that holds this function; empty when the system does not tell.
+std::string libraryFolder() {
+  Dl_info info;
+  char resolved[PATH_MAX];
+  if (dladdr(reinterpret_cast<const void*>(&libraryFolder), &info) == 0) return {};
+  if (realpath(info.dli_fname, resolved) == nullptr) return {};
+  std::string path = resolved;
+  return path.substr(0, path.rfind('/'));
+}
+
+}  // namespace
+
+const char kSeparator = '/';
+
+bool isSeparator(char character) {
+  return character == '/';
+}
+
+unsigned getEnvironment(const char* name, char* buffer, unsigned size) {
+  const char* const value = std::getenv(name);
+  return copyCut(value != nullptr ? value : "", buffer, size);
+}
+
+unsigned findInstallDirectory(char* buffer, unsigned size) {
+  const std::string folder = libraryFolder();
+  std::string ancestor = folder;
+  while (!ancestor.empty()) {
+    const std::size_t slash = ancestor.rfind('/');
+    const std::string name = ancestor.substr(slash + 1);
+    ancestor.resize(slash);
+    if (name == "lib" || name == "lib64") {
+      const std::string shared = ancestor + "/share/nomutil";
+      if (access(shared.c_str(), F_OK) == 0) return copyCut(shared, buffer, size);
+    }
+  }
+  return copyCut(folder, buffer, size);
+}
+
+}  // namespace nomos::platform
