@@ -1,0 +1,324 @@
+// Conversions of Decimal: integers, reals, high-precision numbers, images and the stored form; and
+// the rescaling that they share.
+//
+// 12.50 is the limb 04E2 with scale 2. Stored it is 02 02 E2 04, eight bytes AA and the reserved
+// word; the limb lies low byte first.
+
+#include "access.h"
+
+#include "nomos/intl.h"
+
+#include "sys/decimals.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+static_assert(std::endian::native == std::endian::little, "limbs are copied as they lie");
+
+using namespace nomutil::decimals;
+
+namespace {
+
+constexpr double kRealBound = 1e100;
+constexpr std::uint32_t kImageSize = sizeof(Decimal);
+
+// 10^0 to 10^100, each the one before times 10.0: from 10^23 on they differ from the literals.
+constexpr auto kRealPowers = [] {
+  std::array<double, kMaxPower + 1> powers{1.0};
+  for (unsigned i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10.0;
+  return powers;
+}();
+
+double realPower(unsigned power) {
+  checkPower(power);
+  return kRealPowers[power <= kMaxPower ? power : kMaxPower];
+}
+
+// The digits before the point of the absolute value.
+Wide integerPart(const Decimal& value) {
+  const unsigned places = value.getScaleFactor();
+  checkPower(places);
+  return removePlaces(magnitude(Access::wide(value)), places, false);
+}
+
+// The integer part of a value that lies within the integer type T, or anything beyond modulo 2^64.
+template <class T>
+T toInteger(const Decimal& value) {
+  const std::uint64_t digits = integerPart(value).word[0];
+  return static_cast<T>(value.isneg() ? 0 - digits : digits);
+}
+
+template <class T>
+bool toIntegerChecked(const Decimal& value, T& out) {
+  if (value > Decimal(std::numeric_limits<T>::max())) return false;
+  if constexpr (std::numeric_limits<T>::is_signed) {
+    if (value < Decimal(std::numeric_limits<T>::min())) return false;
+    out = toInteger<T>(value);
+  } else {
+    out = value.isneg() ? 0 : toInteger<T>(value);
+  }
+  return true;
+}
+
+// Whether at most 5 limbs with at most 23 places lie within KoraMin and KoraMax.
+bool isStorable(const Decimal& value) {
+  return value.getLength() <= kMaxStoredLimbs && !(value < Decimal::KoraMin) &&
+         !(value > Decimal::KoraMax);
+}
+
+void writeStored(const Decimal& value, DskDecimal& out) {
+  const std::uint8_t byteCount = value.getValueLength();
+  NOMUTIL_ASSERT_TEXT(kSource, byteCount <= sizeof out.value,
+                      "dVal.precision <= sizeof dVal.value");
+  out.precision = byteCount;
+  out.scaleFactor = value.getScaleFactor();
+  std::memset(out.value, 0xAA, sizeof out.value);
+  std::memcpy(out.value, value.getValue(), byteCount);
+  std::memset(out.reserved, 0, sizeof out.reserved);
+}
+
+}  // namespace
+
+void Decimal::initialise() {
+  *this = Decimal::Zero;
+  _valid = false;
+}
+
+void Decimal::iassign(std::int32_t value) {
+  *this = Access::fromWord(value, 0);
+}
+void Decimal::iassign(std::uint32_t value) {
+  *this = Access::fromWord(value, 0);
+}
+void Decimal::iassign(std::int64_t value) {
+  *this = Access::fromWord(value, 0);
+}
+void Decimal::iassign(std::uint64_t value) {
+  *this = Access::fromValue(value, 0);
+}
+
+void Decimal::rassign(double value) {
+  // Written so that a NaN passes on: its text has no digits and reads as 0.
+  const double size = value < 0 ? -value : value;
+  if (size > kRealBound || size < 1 / kRealBound) value = 0;
+  // "-0." and 100 places fill the buffer exactly.
+  char text[104];
+  unsigned length = intlDoubleToStringFixed(text, sizeof text, value, 0);
+  if (std::memchr(text, '.', length) != nullptr) {
+    while (text[length - 1] == '0') --length;
+    text[length] = '\0';
+  }
+  *this = Decimal(text);
+}
+
+Decimal::Decimal(std::int32_t value) {
+  iassign(value);
+}
+Decimal::Decimal(std::uint32_t value) {
+  iassign(value);
+}
+Decimal::Decimal(std::int64_t value) {
+  iassign(value);
+}
+Decimal::Decimal(std::uint64_t value) {
+  iassign(value);
+}
+Decimal::Decimal(double value) {
+  rassign(value);
+}
+
+Decimal::Decimal(const HighPrecisionNumber* number) {
+  Wide digits;
+  for (const std::uint32_t word : number->word) {
+    multiplyAdd(digits, std::uint64_t{1} << 28, word);
+  }
+  const std::uint8_t places =
+      number->exponent > 0 ? narrowChecked<std::uint8_t>(number->exponent) : std::uint8_t{0};
+  *this = Access::fromWide(number->sign < 0 ? negate(digits) : digits, places);
+}
+
+Decimal::Decimal(const DskDecimal& stored) {
+  if (stored.precision == 0) {
+    *this = Zero;
+    return;
+  }
+  if (stored.precision > MaxDecimalValueSize || stored.scaleFactor > kMaxStoredPlaces) {
+    nomLog(
+        "attempt to convert an invalid (uninitialised?) DskDecimal to a Decimal "
+        "(precision=%d, scaleFactor=%d)",
+        stored.precision, stored.scaleFactor);
+    initialise();
+    return;
+  }
+  // A precision above 10 reads on through the reserved bytes and the padding, and no further.
+  constexpr std::size_t kReadable = sizeof stored - offsetof(DskDecimal, value);
+  _length = stored.precision / 2;
+  _scaleFactor = stored.scaleFactor;
+  const std::size_t byteCount = 2u * _length;
+  std::memcpy(_value, reinterpret_cast<const std::uint8_t*>(&stored) + offsetof(DskDecimal, value),
+              byteCount < kReadable ? byteCount : kReadable);
+}
+
+Decimal::Decimal(const std::uint16_t* limbs, int count, std::uint8_t scaleFactor) {
+  NOMUTIL_ASSERT_TEXT(kSource, count <= MaxDecimalValueSize, "_length <= MaxDecimalValueSize");
+  if (count > MaxDecimalValueSize) {
+    limbs += count - MaxDecimalValueSize;
+    count = MaxDecimalValueSize;
+  }
+  std::uint16_t all[MaxDecimalValueSize] = {};
+  if (count > 0) std::memcpy(all, limbs, static_cast<std::size_t>(count) * sizeof all[0]);
+  *this = Access::fromWide(loadLimbs(all, count), scaleFactor);
+}
+
+Decimal::Decimal(const std::uint8_t* image, std::uint32_t byteCount) {
+  if (byteCount == 1) {
+    *this = Access::fromWord(image[0], 0);
+    return;
+  }
+  if (byteCount < 1 || byteCount > kImageSize) {
+    _valid = false;
+    return;
+  }
+  std::uint8_t bytes[kImageSize] = {};
+  std::memcpy(bytes, image, byteCount);
+  const std::uint8_t length = bytes[0];
+  const std::uint8_t scaleFactor = bytes[1];
+  if (length > MaxDecimalValueSize || (scaleFactor > kMaxPower && scaleFactor != kKeepScale)) {
+    _valid = false;
+    return;
+  }
+  _length = length;
+  _scaleFactor = scaleFactor;
+  const std::size_t used = 2u * length;
+  std::memcpy(_value, bytes + 2, used);
+  // Limbs behind the length do not count, but beside a length of 0 they show a damaged image. The
+  // validity byte may hold anything, so it is never read as a bool.
+  const bool isEmpty =
+      std::all_of(bytes + 2, bytes + 44, [](std::uint8_t byte) { return byte == 0; });
+  _valid = length != 0 || (isEmpty && bytes[44] != 0);
+}
+
+Decimal& Decimal::operator=(std::int32_t value) {
+  return *this = Decimal(value);
+}
+Decimal& Decimal::operator=(std::uint32_t value) {
+  return *this = Decimal(value);
+}
+Decimal& Decimal::operator=(std::int64_t value) {
+  return *this = Decimal(value);
+}
+Decimal& Decimal::operator=(std::uint64_t value) {
+  return *this = Decimal(value);
+}
+Decimal& Decimal::operator=(double value) {
+  return *this = Decimal(value);
+}
+Decimal& Decimal::operator=(const HighPrecisionNumber* number) {
+  return *this = Decimal(number);
+}
+Decimal& Decimal::operator=(const DskDecimal& stored) {
+  return *this = Decimal(stored);
+}
+
+bool Decimal::decimalToDskDecimal(DskDecimal& out, std::uint8_t scale) const {
+  if (!_valid) return false;
+  Decimal value = *this;
+  if (scale != kKeepScale && scale != value._scaleFactor) value.scale(scale - value._scaleFactor);
+  if (value._scaleFactor > kMaxStoredPlaces) value.scale(kMaxStoredPlaces - value._scaleFactor);
+  // The cut grows by a place a round, so that a long fraction is shortened quickly.
+  for (int cut = 1; cut < kMaxStoredPlaces && value._scaleFactor != 0; ++cut) {
+    if (value._length <= kMaxStoredLimbs) break;
+    if (!value.scale(-cut)) return false;
+  }
+  if (!isStorable(value)) return false;
+  writeStored(value, out);
+  return true;
+}
+
+void Decimal::decimalToOLEDecimal(std::uint8_t* scale, std::uint8_t* sign, NomULong* high,
+                                  NomULong* middle, NomULong* low) const {
+  const Decimal tmp = absolute(*this);
+  NOMUTIL_ASSERT_TEXT(kSource, sizeof tmp._value[0] * tmp._length < sizeof(std::uint32_t) * 3,
+                      "sizeof tmp._value[ 0 ] * tmp._length < sizeof(UInt32) * 3");
+  const Wide digits = Access::wide(tmp);
+  *scale = _scaleFactor;
+  *sign = isneg() ? 128 : 0;
+  *high = static_cast<std::uint32_t>(digits.word[1]);
+  *middle = static_cast<std::uint32_t>(digits.word[0] >> 32);
+  *low = static_cast<std::uint32_t>(digits.word[0]);
+}
+
+double Decimal::getNumericValue() const {
+  const Decimal size = absolute(*this);
+  double real = 0;
+  for (int i = 0; i < size._length; ++i) real = real * 65536.0 + size._value[i];
+  return (isneg() ? -real : real) / realPower(_scaleFactor);
+}
+
+bool Decimal::getInt32Value(std::int32_t& out) const {
+  return toIntegerChecked(*this, out);
+}
+bool Decimal::getUInt32Value(std::uint32_t& out) const {
+  return toIntegerChecked(*this, out);
+}
+bool Decimal::getInt64Value(std::int64_t& out) const {
+  return toIntegerChecked(*this, out);
+}
+bool Decimal::getUInt64Value(std::uint64_t& out) const {
+  return toIntegerChecked(*this, out);
+}
+
+std::int64_t Decimal::getInt64Value() const {
+  return toInteger<std::int64_t>(*this);
+}
+
+std::uint64_t Decimal::getUInt64Value() const {
+  std::uint64_t gathered = 0;
+  for (int i = 0; i < _length; ++i) gathered = gathered << 16 | _value[i];
+  return gathered;
+}
+
+bool Decimal::scale(int places) {
+  return scaleDecimal(*this, places);
+}
+
+void Decimal::truncate(std::uint8_t places) {
+  if (_scaleFactor < places) return;
+  checkPower(places);
+  const Wide digits = removePlaces(magnitude(Access::wide(*this)), places, false);
+  const bool valid = _valid;
+  *this = Access::fromWide(isneg() ? negate(digits) : digits,
+                           static_cast<std::uint8_t>(_scaleFactor - places));
+  _valid = valid;
+}
+
+std::uint8_t Decimal::getMagnitude() const {
+  const Decimal size = absolute(*this);
+  if (isNormal(size) && _scaleFactor <= kMaxPower) {
+    // Of 101 digits or more before or behind the point, no power of ten can be aligned.
+    const int digits = digitCount(Access::wide(size));
+    const int magnitude = digits > _scaleFactor ? digits - _scaleFactor : 0;
+    return static_cast<std::uint8_t>(digits > kMaxPower ? kMaxPower : magnitude);
+  }
+  std::uint8_t magnitude = 0;
+  while (magnitude < kMaxPower && !(size < power10(magnitude))) ++magnitude;
+  return magnitude;
+}
+
+bool Decimal::checkDecimalPrecision(std::uint8_t precision, std::uint8_t scale) const {
+  if (precision == 0) return true;
+  // The exponent wraps at 8 bits: fewer digits than places accept nearly everything.
+  const auto integerDigits =
+      static_cast<std::uint8_t>(precision - (scale == kKeepScale ? 0 : scale));
+  return absolute(*this) < power10(integerDigits);
+}
+
+std::uint32_t Decimal::getDecimalLength(std::uint8_t precision) {
+  constexpr double kLog10Of2 = 0.30102999566398119521;
+  const auto bits = static_cast<std::uint32_t>(precision / kLog10Of2 + 2.0);
+  return (bits >> 3 | 1) + 3;
+}
