@@ -1,0 +1,101 @@
+// The command line: commands, options, help and exit statuses.
+#include "commandline.h"
+
+#include "storednumber.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace nomtool {
+namespace {
+
+constexpr const char* kExitText =
+    "Exit status: 0 done; 1 some of the data was refused or rounded (the error stream says "
+    "which);\n"
+    "2 wrong usage, a file that cannot be read, or output that cannot be written.";
+
+constexpr const char* kTableText =
+    "The file is read as RFC 4180 has it, with a header row; blank lines are skipped. A column is\n"
+    "numeric when at least half of its fields that are not empty are numbers; --column chooses\n"
+    "columns by name instead. A number is an optional sign and digits with at most one point, "
+    "blanks\n"
+    "around it aside. A field that is no number, or is outside the 23 digits of a stored decimal, "
+    "is\n"
+    "refused; a row of the wrong width is refused as a whole; an empty field counts as missing.\n"
+    "Every figure is that of the stored values: a field that storing rounds is reported with the\n"
+    "value stored. The sum is exact; the mean is cut after 23 places and the table shows it "
+    "rounded\n"
+    "to four places more than the sum has (--json shows all). Decimals in JSON are strings.";
+
+constexpr const char* kDecimalText =
+    "OP is one of: + - x (or *) /  // (integer quotient)  % (remainder)  cmp (-1, 0 or 1).\n"
+    "The result is exact; / is cut after 23 places. A result outside the 23 digits of a stored\n"
+    "decimal is refused; one that storing would round is printed exactly, with a note on the "
+    "error\n"
+    "stream.";
+
+struct Options {
+  TableOptions table;
+  DecimalOptions decimal;
+  MessageOptions message;
+};
+
+void declare(CLI::App& app, Options& options) {
+  // An argument such as /data/table.csv or // is never an option, on Windows neither.
+  app.allow_windows_style_options(false);
+  app.set_version_flag("--version", "nomtool " NOMTOOL_VERSION);
+  app.require_subcommand(1);
+  app.footer(kExitText);
+
+  CLI::App* table = app.add_subcommand("table", "Figures of the numeric columns of a text file");
+  table->add_option("FILE", options.table.file, "Delimited text with a header row")->required();
+  table->add_option("-d,--delimiter", options.table.delimiter,
+                    "The character between fields, or tab (default: comma)");
+  table->add_option("-c,--column", options.table.columns, "Take this column; may be repeated")
+      ->allow_extra_args(false);
+  table->add_flag("--json", options.table.json, "Print JSON");
+  table->footer(kTableText);
+
+  CLI::App* decimal = app.add_subcommand("decimal", "One exact operation on two decimals");
+  decimal->add_option("A", options.decimal.left, "The left operand")->required();
+  decimal->add_option("OP", options.decimal.operation, "The operation")->required();
+  decimal->add_option("B", options.decimal.right, "The right operand")->required();
+  decimal->add_flag("--json", options.decimal.json, "Print JSON");
+  decimal->footer(kDecimalText);
+
+  CLI::App* message = app.add_subcommand("message", "The texts of status numbers");
+  message->add_option("N", options.message.numbers, "Status numbers")->required();
+  message->add_flag("--json", options.message.json, "Print JSON");
+}
+
+}  // namespace
+
+int run(std::vector<std::string> arguments, std::ostream& out, std::ostream& err) {
+  CLI::App app("nomtool puts the utility library to work on real data.", "nomtool");
+  Options options;
+  declare(app, options);
+  // The parser takes -5 for an option; behind a blank it is an operand like any other.
+  for (std::string& argument : arguments) {
+    if (argument.starts_with('-') && numberSyntax(argument) == NumberSyntax::kNumber) {
+      argument.insert(0, " ");
+    }
+  }
+  std::reverse(arguments.begin(), arguments.end());
+  try {
+    app.parse(arguments);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error, out, err) == 0 ? kExitDone : kExitUsage;
+  }
+
+  int status = kExitDone;
+  if (app.got_subcommand("table")) status = tableCommand(options.table, out, err);
+  if (app.got_subcommand("decimal")) status = decimalCommand(options.decimal, out, err);
+  if (app.got_subcommand("message")) status = messageCommand(options.message, out, err);
+  if (!out.flush()) {
+    err << "nomtool: the output cannot be written\n";
+    return kExitUsage;
+  }
+  return status;
+}
+
+}  // namespace nomtool
