@@ -1,0 +1,189 @@
+// Strings that own their text: KoraString<char> of characters, KoraString<unsigned char> of bytes,
+// KoraUtf8String of UTF-8, which counts its characters as well, and KoraInlineString, which keeps a
+// short text in itself. A held object is 24 bytes, that of UTF-8 is 32:
+//
+//   offset  size  field
+//        0     8  the table of virtual functions
+//        8     8  the text; one NUL stands behind its last element and does not count
+//       16     4  length, in elements of one byte
+//       20     4  maximum length; 0xFFFFFFFF is no limit
+//       24     4  characters, in KoraUtf8String alone
+//
+// An operation that fails throws a NomException and leaves the object as it was: 3018 when the heap
+// is exhausted; over the maximum 1035 (characters), 1091 (bytes) or 1124 (UTF-8). An object belongs
+// to one thread at a time.
+#ifndef NOMOS_KORASTRING_H
+#define NOMOS_KORASTRING_H
+
+#include "nomos/export.h"
+
+#include <cstddef>
+#include <cstdint>
+
+inline constexpr std::uint32_t kKoraNoMaximum = 0xFFFFFFFF;
+
+// What all of them share: their text as plain bytes, whatever they stand for.
+class NOMOS_API KoraBytes {
+ public:
+  virtual ~KoraBytes();
+
+  // The text; it moves when the string changes its length. Never null.
+  void* bytes() noexcept { return _data; }
+  const void* bytes() const noexcept { return _data; }
+  std::uint32_t length() const noexcept { return _length; }
+  std::uint32_t maximum() const noexcept { return _maximum; }
+
+  // Replace, extend, and cut or fill up with NULs. The source may lie in the string itself; it may
+  // be null when byteCount is 0. A KoraUtf8String keeps its character count through these: its own
+  // operations are those to use.
+  void setBytes(const void* source, std::uint32_t byteCount);
+  void appendBytes(const void* source, std::uint32_t byteCount);
+  void resizeBytes(std::uint32_t byteCount);
+
+ protected:
+  static constexpr std::uint32_t kHeaderSize = 8;
+
+  explicit KoraBytes(std::uint32_t maximum) noexcept;
+  KoraBytes(const KoraBytes&) = delete;
+  KoraBytes& operator=(const KoraBytes&) = delete;
+
+  // The status of a length over the maximum.
+  virtual int _tooLong() const noexcept;
+
+  // Takes the text of source, which becomes empty; a text that lies inside of source is copied.
+  void _take(KoraBytes& source);
+  // Gives the text's memory back and starts again, empty, on memory of kHeaderSize bytes and room
+  // more, aligned to 4, that lives until _reset.
+  void _restart(char* memory, std::uint32_t room) noexcept;
+  // The same on the empty text that all strings without memory share.
+  void _reset() noexcept;
+  bool _equals(const KoraBytes& other) const noexcept;
+
+ private:
+  struct Block;
+  struct EmptyText;
+
+  Block& _block() const noexcept;
+  void _checkLength(std::uint64_t byteCount) const;
+  Block* _allocateBlock(std::uint64_t byteCount) const;
+  void _release() noexcept;
+  void _setLength(std::uint32_t byteCount) noexcept;
+
+  void* _data;
+  std::uint32_t _length = 0;
+  std::uint32_t _maximum;
+  static EmptyText _empty;
+};
+static_assert(sizeof(KoraBytes) == 24);
+
+// T is char or unsigned char.
+template <class T>
+class NOMOS_API KoraString : public KoraBytes {
+  static_assert(sizeof(T) == 1);
+
+ public:
+  KoraString() noexcept : KoraBytes(kKoraNoMaximum) {}
+  explicit KoraString(const T* source, std::uint32_t length, std::uint32_t maximum = kKoraNoMaximum)
+      : KoraBytes(maximum) {
+    setBytes(source, length);
+  }
+  // A new string has the maximum of the one it is made from.
+  KoraString(const KoraString& other) : KoraBytes(other.maximum()) {
+    setBytes(other.bytes(), other.length());
+  }
+  // May throw: a text that lies inside of a KoraInlineString must be copied.
+  KoraString(KoraString&& other) : KoraBytes(other.maximum()) { _take(other); }
+
+  // An assignment gives the text alone: the maximum of the target stays and is kept.
+  KoraString& operator=(const KoraString& other) {
+    setBytes(other.bytes(), other.length());
+    return *this;
+  }
+  KoraString& operator=(KoraString&& other) {
+    _take(other);
+    return *this;
+  }
+
+  T* data() noexcept { return static_cast<T*>(bytes()); }
+  const T* data() const noexcept { return static_cast<const T*>(bytes()); }
+  void set(const T* source, std::uint32_t length) { setBytes(source, length); }
+  void append(const T* source, std::uint32_t length) { appendBytes(source, length); }
+  void resize(std::uint32_t length) { resizeBytes(length); }
+  void clear() noexcept { resizeBytes(0); }  // keeps the memory
+
+  bool operator==(const KoraString& other) const noexcept { return _equals(other); }
+  bool operator!=(const KoraString& other) const noexcept { return !_equals(other); }
+
+ protected:
+  int _tooLong() const noexcept override;
+};
+
+template <>
+NOMOS_API int KoraString<char>::_tooLong() const noexcept;
+template <>
+NOMOS_API int KoraString<unsigned char>::_tooLong() const noexcept;
+extern template class KoraString<char>;
+extern template class KoraString<unsigned char>;
+static_assert(sizeof(KoraString<char>) == 24);
+static_assert(sizeof(KoraString<unsigned char>) == 24);
+
+// A UTF-8 text that somebody else owns. A charLength of 0 says that nobody has counted.
+struct StringUtf8Info {
+  unsigned char* data;
+  std::uint32_t byteLength;
+  std::uint32_t charLength;
+  std::uint32_t maximum;  // bytes; of a string that is described, not of one that is set from it
+};
+static_assert(sizeof(StringUtf8Info) == 24);
+
+// Counts its characters where the caller does not: those before the first malformed sequence.
+// Length and maximum are in bytes.
+class NOMOS_API KoraUtf8String : public KoraBytes {
+ public:
+  KoraUtf8String() noexcept : KoraBytes(kKoraNoMaximum) {}
+  explicit KoraUtf8String(const StringUtf8Info& info, std::uint32_t maximum = kKoraNoMaximum);
+  KoraUtf8String(const KoraUtf8String& other);  // with the maximum of the other
+  KoraUtf8String(KoraUtf8String&& other) noexcept;
+  KoraUtf8String& operator=(const KoraUtf8String& other);  // keeps its own maximum
+  KoraUtf8String& operator=(KoraUtf8String&& other);
+  ~KoraUtf8String() override;
+
+  unsigned char* data() noexcept { return static_cast<unsigned char*>(bytes()); }
+  const unsigned char* data() const noexcept { return static_cast<const unsigned char*>(bytes()); }
+  std::uint32_t characters() const noexcept { return _characters; }
+
+  void set(const StringUtf8Info& info);
+  void append(const unsigned char* source, std::uint32_t byteLength, std::uint32_t charLength = 0);
+  void resize(std::uint32_t byteLength);  // counts again
+  void clear() noexcept;
+
+  bool operator==(const KoraUtf8String& other) const noexcept { return _equals(other); }
+  bool operator!=(const KoraUtf8String& other) const noexcept { return !_equals(other); }
+
+ protected:
+  int _tooLong() const noexcept override;
+
+ private:
+  std::uint32_t _characters = 0;
+};
+static_assert(sizeof(KoraUtf8String) == 32);
+
+// A KoraString<char> for the stack: up to 63 characters and their NUL lie in the object, longer
+// texts on the heap. A KoraString<char> that is made from it keeps its text on the heap.
+class NOMOS_API KoraInlineString final : public KoraString<char> {
+ public:
+  KoraInlineString() noexcept { _restart(_own, kRoom); }
+  explicit KoraInlineString(const char* source, std::uint32_t length);
+  // Also what is moved is copied where it is short.
+  KoraInlineString(const KoraInlineString& other);
+  KoraInlineString& operator=(const KoraInlineString& other);
+  ~KoraInlineString() override;
+
+  static constexpr std::uint32_t kRoom = 64;
+
+ private:
+  alignas(std::uint32_t) char _own[kHeaderSize + kRoom];
+};
+static_assert(sizeof(KoraInlineString) == 24 + 8 + 64);
+
+#endif  // NOMOS_KORASTRING_H

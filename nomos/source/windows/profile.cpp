@@ -1,0 +1,48 @@
+// Profile files through the system's own calls. They trim a value, and take one pair of quotes off
+// it; a comment behind a value, which starts with a ';' behind a blank, is cut here.
+
+#include "platform.h"
+
+#include <windows.h>
+
+#include <cstring>
+
+namespace nomos::platform {
+namespace {
+
+// Whether reading the key with this default, one character, gives the default back.
+bool givesDefault(const char* path, const char* section, const char* key, const char* fallback) {
+  char value[3];
+  GetPrivateProfileStringA(section, key, fallback, value, sizeof value, path);
+  return std::strcmp(value, fallback) == 0;
+}
+
+bool isBlank(char character) {
+  return character == ' ' || character == '\t';
+}
+
+void cutComment(char* value) {
+  for (char* end = value; *end != '\0'; ++end) {
+    if (*end != ';' || end == value || !isBlank(end[-1])) continue;
+    while (end > value && isBlank(end[-1])) --end;
+    *end = '\0';
+    return;
+  }
+}
+
+}  // namespace
+
+bool readProfile(const char* file, const char* section, const char* key, char* buffer,
+                 unsigned size) {
+  // A relative path would be looked for in the system's own folder.
+  char path[MAX_PATH * 2];
+  const DWORD length = GetFullPathNameA(file, sizeof path, path, nullptr);
+  if (length == 0 || length >= sizeof path) return false;
+  // The call does not tell whether the key is there: only then do two defaults give the same.
+  if (givesDefault(path, section, key, "0") && givesDefault(path, section, key, "1")) return false;
+  GetPrivateProfileStringA(section, key, "", buffer, size, path);
+  cutComment(buffer);
+  return true;
+}
+
+}  // namespace nomos::platform
