@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace {
 
@@ -19,7 +20,13 @@ char installOverride[kPathRoom] NOMOS_GUARDED_BY(installMutex) = "";
 }  // namespace
 
 unsigned nosGetEnv(const char* name, char* buffer, unsigned size) {
-  return size == 0 ? 0 : nomos::platform::getEnvironment(name, buffer, size);
+  if (size == 0) return 0;
+  try {
+    return nomos::platform::getEnvironment(name, buffer, size);
+  } catch (const std::bad_alloc&) {
+    buffer[0] = '\0';
+    return 0;
+  }
 }
 
 unsigned nosGetInstallDirectory(char* buffer, unsigned size) {
@@ -33,7 +40,11 @@ unsigned nosGetInstallDirectory(char* buffer, unsigned size) {
       buffer[length] = '\0';
     }
   }
-  if (buffer[0] == '\0') nomos::platform::findInstallDirectory(buffer, size);
+  try {
+    if (buffer[0] == '\0') nomos::platform::findInstallDirectory(buffer, size);
+  } catch (const std::bad_alloc&) {
+    buffer[0] = '\0';
+  }
   nosNormaliseDirectory(buffer, size);
   return static_cast<unsigned>(std::strlen(buffer));
 }

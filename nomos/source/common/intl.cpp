@@ -4,6 +4,8 @@
 
 #include "nomos/intl.h"
 
+#include "nomos/status.h"
+
 #include "codepages.h"
 
 #include <cstring>
@@ -14,8 +16,6 @@ using nomos::platform::CodePage;
 
 namespace {
 
-constexpr int kInvalidParameterValue = 1002;
-constexpr int kStringTooLong = 1035;
 constexpr std::uint32_t kReplacement = 0xFFFD;
 
 bool isScalar(std::uint32_t character) {
@@ -140,10 +140,10 @@ int intlConvertString(IntlFormat from, const void* source, std::uint32_t sourceB
   while (sourceBytes > 0) {
     std::uint32_t character;
     const unsigned read = decode(from, text, sourceBytes, character);
-    if (read == 0) return kInvalidParameterValue;
+    if (read == 0) return kNosInvalidParameterValue;
     unsigned char bytes[4];
     const unsigned length = encode(to, character, bytes);
-    if (length > room - byteCount) return kStringTooLong;
+    if (length > room - byteCount) return kNosStringTooLong;
     std::memcpy(out + byteCount, bytes, length);
     byteCount += length;
     ++characterCount;
@@ -159,7 +159,7 @@ int intlStringUTF8VerifyCountchars(const unsigned char* text, std::uint32_t byte
   while (byteCount > 0) {
     std::uint32_t character;
     const unsigned read = decodeUtf8(text, byteCount, character);
-    if (read == 0) return kInvalidParameterValue;
+    if (read == 0) return kNosInvalidParameterValue;
     ++characterCount;
     text += read;
     byteCount -= read;

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace {
 
@@ -29,6 +30,16 @@ bool equalsIgnoringCase(const char* left, const char* right) {
     ++right;
   }
   return fold(*left) == fold(*right);
+}
+
+// A value that memory does not suffice to read counts as missing.
+bool tryReadProfile(const char* file, const char* section, const char* key, char* buffer,
+                    unsigned size) {
+  try {
+    return nomos::platform::readProfile(file, section, key, buffer, size);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 }
 
 bool isAnyOf(const char* text, const char* const (&words)[4]) {
@@ -60,7 +71,7 @@ unsigned getIniFileStringParam(const char* section, const char* key, const char*
   char value[kValueRoom];
   const char* begin = defaultValue;
   std::size_t length = std::strlen(defaultValue);
-  if (nomos::platform::readProfile(file, section, key, value, sizeof value)) {
+  if (tryReadProfile(file, section, key, value, sizeof value)) {
     begin = value;
     length = std::strlen(value);
     const bool quoted =

@@ -5,6 +5,7 @@
 
 #include <dlfcn.h>
 #include <cstring>
+#include <new>
 #include <string>
 
 namespace nomos::platform {
@@ -62,7 +63,13 @@ void fillWindows1252(CodePage& table) {
 }  // namespace
 
 bool loadCodePage(unsigned number, CodePage& table) {
-  static const Loader loader = findLoader();
+  static const Loader loader = [] {
+    try {
+      return findLoader();
+    } catch (const std::bad_alloc&) {
+      return Loader{};
+    }
+  }();
   if (number == 0) number = kDefault;
   if (loader != nullptr) return loader(number, &table);
   if (number != kDefault) return false;

@@ -41,6 +41,8 @@ std::uint8_t lowerOf(const CodePage& table, std::uint8_t byte) {
 
 bool loadCodePage(unsigned number, CodePage& table) {
   if (number == 0) number = GetACP();
+  // Numbers that stand for whatever page the system, or the thread, has at the moment.
+  if (number == CP_OEMCP || number == CP_MACCP || number == CP_THREAD_ACP) return false;
   CPINFO information;
   if (GetCPInfo(number, &information) == 0 || information.MaxCharSize != 1) return false;
 

@@ -12,7 +12,18 @@ namespace nomutil::decimals {
 namespace {
 
 Decimal signedResult(const Wide& magnitude, bool negative, std::uint8_t scaleFactor) {
-  return Access::fromWide(negative ? negate(magnitude) : magnitude, scaleFactor);
+  if (negative) return Access::fromWide(negate(magnitude), scaleFactor);
+  return Access::fromWide(magnitude, scaleFactor);
+}
+
+bool haveOneScale(const Decimal& left, const Decimal& right) {
+  return left.getScaleFactor() == right.getScaleFactor();
+}
+
+// Limbs of the absolute value of an operand: as many as the operand has when it is not negative,
+// redundant ones too.
+int absoluteLength(const Decimal& value, const Wide& size) {
+  return value.isneg() ? normalLimbCount(size) : value.getLength();
 }
 
 // Multiplies a non-negative value by ten `places` times. False as soon as 21 limbs do not hold it:
@@ -108,48 +119,67 @@ bool generalScale(Decimal& value, int places) {
   return true;
 }
 
+// Operands of unequal scales are aligned first and then come back with equal ones.
+
 Decimal generalAdd(const Decimal& left, const Decimal& right) {
+  if (haveOneScale(left, right)) {
+    return Access::fromWide(add(Access::wide(left), Access::wide(right)), left.getScaleFactor());
+  }
   Decimal a = left;
   Decimal b = right;
-  if (!alignScales(a, b)) return Decimal::Max;
-  return Access::fromWide(add(Access::wide(a), Access::wide(b)), a.getScaleFactor());
+  return alignScales(a, b) ? generalAdd(a, b) : Decimal::Max;
 }
 
 Decimal generalSubtract(const Decimal& left, const Decimal& right) {
+  if (haveOneScale(left, right)) {
+    return Access::fromWide(subtract(Access::wide(left), Access::wide(right)),
+                            left.getScaleFactor());
+  }
   Decimal a = left;
   Decimal b = right;
-  if (!alignScales(a, b)) return Decimal::Max;
-  return Access::fromWide(subtract(Access::wide(a), Access::wide(b)), a.getScaleFactor());
+  return alignScales(a, b) ? generalSubtract(a, b) : Decimal::Max;
 }
 
 Decimal generalMultiply(const Decimal& left, const Decimal& right) {
+  Wide a = Access::wide(left);
+  Wide b = Access::wide(right);
+  makeMagnitude(a);
+  makeMagnitude(b);
   const bool negative = left.isneg() != right.isneg();
-  const Decimal a = absolute(left);
-  const Decimal b = absolute(right);
   // The count of limbs decides, not the product, so that the check is cheap: some products that
   // would fit saturate as well.
-  if (a.getLength() + b.getLength() + 1 > kMaxLimbs) return negative ? Decimal::Min : Decimal::Max;
+  if (absoluteLength(left, a) + absoluteLength(right, b) + 1 > kMaxLimbs) {
+    return negative ? Decimal::Min : Decimal::Max;
+  }
   const auto places = static_cast<std::uint8_t>(left.getScaleFactor() + right.getScaleFactor());
-  return signedResult(multiply(Access::wide(a), Access::wide(b)), negative, places);
+  return signedResult(multiply(a, b), negative, places);
 }
 
 bool generalDivide(const Decimal& dividend, const Decimal& divisor, Decimal& quotient,
                    Decimal& remainder) {
-  Decimal a = dividend;
-  Decimal b = divisor;
-  if (!alignScales(a, b)) return false;
-  const Wide divisorDigits = magnitude(Access::wide(b));
-  if (isZero(divisorDigits)) {
+  if (!haveOneScale(dividend, divisor)) {
+    Decimal a = dividend;
+    Decimal b = divisor;
+    return alignScales(a, b) && generalDivide(a, b, quotient, remainder);
+  }
+  Wide dividendSize = Access::wide(dividend);
+  Wide divisorSize = Access::wide(divisor);
+  makeMagnitude(dividendSize);
+  makeMagnitude(divisorSize);
+  if (isZero(divisorSize)) {
     nosAssertFail(kSource, "nomutil", "DivisionByZero", kNosPrecondition, __LINE__);
-    quotient = a;
-    remainder = a;
+    quotient = dividend;
+    remainder = dividend;
     return true;
   }
-  Wide quotientDigits;
-  Wide remainderDigits;
-  divide(magnitude(Access::wide(a)), divisorDigits, quotientDigits, remainderDigits);
-  quotient = signedResult(quotientDigits, a.isneg() != b.isneg(), 0);
-  remainder = signedResult(remainderDigits, a.isneg(), a.getScaleFactor());
+  const std::uint8_t places = dividend.getScaleFactor();
+  const bool dividendNegative = dividend.isneg();
+  const bool quotientNegative = dividendNegative != divisor.isneg();
+  Wide quotientSize;
+  Wide remainderSize;
+  divide(dividendSize, divisorSize, quotientSize, remainderSize);
+  quotient = signedResult(quotientSize, quotientNegative, 0);
+  remainder = signedResult(remainderSize, dividendNegative, places);
   return true;
 }
 

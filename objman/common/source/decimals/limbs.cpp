@@ -87,88 +87,15 @@ void divideLong(const Wide& dividend, const Wide& divisor, int n, Wide& quotient
 
 }  // namespace
 
-Wide loadLimbs(const std::uint16_t* limbs, int count) {
-  if (count <= 0) return {};
-  // The limbs first stand at the top of the 384 bits, then an arithmetic shift brings them down.
-  std::uint64_t top[kWideWords];
-  for (int i = 0; i < kWideWords - 1; ++i) {
-    std::memcpy(&top[kWideWords - 1 - i], limbs + 4 * i, sizeof top[0]);
-    top[kWideWords - 1 - i] = reverseLimbs(top[kWideWords - 1 - i]);
-  }
-  top[0] = std::uint64_t{limbs[kMaxLimbs - 1]} << 48;
-
-  const int unused = kWideLimbs - count;
-  const int words = unused / 4;
-  const int bits = 16 * (unused % 4);
-  const std::uint64_t sign = limbs[0] & 0x8000u ? ~std::uint64_t{0} : 0;
-  Wide value;
-  for (int i = 0; i < kWideWords; ++i) {
-    const std::uint64_t low = i + words < kWideWords ? top[i + words] : sign;
-    const std::uint64_t high = i + words + 1 < kWideWords ? top[i + words + 1] : sign;
-    value.word[i] = lowWord(joinWords(high, low) >> bits);
-  }
-  return value;
-}
-
-void storeLimbs(const Wide& value, int count, std::uint16_t* limbs) {
-  const int unused = kWideLimbs - count;
-  const int words = unused / 4;
-  const int bits = 16 * (unused % 4);
-  std::uint16_t reversed[kWideLimbs];
-  for (int i = 0; i < kWideWords; ++i) {
-    const int from = kWideWords - 1 - i - words;
-    const std::uint64_t high = from >= 0 ? value.word[from] : 0;
-    const std::uint64_t low = from >= 1 ? value.word[from - 1] : 0;
-    const std::uint64_t word = reverseLimbs(highWord(joinWords(high, low) << bits));
-    std::memcpy(reversed + 4 * i, &word, sizeof word);
-  }
-  std::memcpy(limbs, reversed, kMaxLimbs * sizeof limbs[0]);
-}
-
 int bitLength(const Wide& value) {
   const int count = wordCount(value);
   return count == 0 ? 0 : 64 * count - std::countl_zero(value.word[count - 1]);
-}
-
-int normalLimbCount(const Wide& value) {
-  // ~v has the bits of -v - 1, which is what the sign bit has to be added to.
-  Wide bits = value;
-  if (isNegative(value)) {
-    for (std::uint64_t& word : bits.word) word = ~word;
-  }
-  return bitLength(bits) / 16 + 1;
 }
 
 int digitCount(const Wide& value) {
   // bits * log10(2) counts the digits or one too few: 1233 / 4096 is just below log10(2).
   const int estimate = bitLength(value) * 1233 >> 12;
   return estimate + (compareMagnitudes(value, widePowerOfTen(estimate)) >= 0 ? 1 : 0);
-}
-
-Wide add(const Wide& left, const Wide& right) {
-  Wide sum;
-  std::uint64_t carry = 0;
-  for (int i = 0; i < kWideWords; ++i) {
-    const UInt128 word = UInt128{left.word[i]} + right.word[i] + carry;
-    sum.word[i] = lowWord(word);
-    carry = highWord(word);
-  }
-  return sum;
-}
-
-Wide subtract(const Wide& left, const Wide& right) {
-  Wide difference;
-  std::uint64_t borrow = 0;
-  for (int i = 0; i < kWideWords; ++i) {
-    const UInt128 word = UInt128{left.word[i]} - right.word[i] - borrow;
-    difference.word[i] = lowWord(word);
-    borrow = highWord(word) & 1;
-  }
-  return difference;
-}
-
-Wide negate(const Wide& value) {
-  return subtract(Wide{}, value);
 }
 
 Wide multiply(const Wide& left, const Wide& right) {

@@ -67,23 +67,6 @@ inline std::uint64_t divideTwoByOne(std::uint64_t high, std::uint64_t low, std::
   return quotient;
 }
 
-// count limbs (0 to 21), most significant first, sign-extended. 42 bytes are read whatever the
-// count.
-Wide loadLimbs(const std::uint16_t* limbs, int count);
-
-// The low `count` limbs (1 to 21), most significant first; all 21 limbs are written, those behind
-// as zero.
-void storeLimbs(const Wide& value, int count, std::uint16_t* limbs);
-
-// The fewest limbs that hold the value with its sign: 1 for 0 and -1, 2 for 32768.
-int normalLimbCount(const Wide& value);
-
-// Bits of a non-negative value: 0 for 0, 8 for 255.
-int bitLength(const Wide& value);
-
-// Decimal digits of a non-negative value: 0 for 0, 3 for 999.
-int digitCount(const Wide& value);
-
 inline bool isNegative(const Wide& value) {
   return value.word[kWideWords - 1] >> 63 != 0;
 }
@@ -91,12 +74,96 @@ inline bool isZero(const Wide& value) {
   return value == Wide{};
 }
 
+// count limbs (0 to 21), most significant first, sign-extended. The first four limbs are read
+// whatever the count.
+inline Wide loadLimbs(const std::uint16_t* limbs, int count) {
+  Wide value;
+  if (count <= 0) return value;
+  const int whole = count / 4;
+  const int rest = count % 4;
+  for (int i = 0; i < whole; ++i) {
+    std::uint64_t word;
+    std::memcpy(&word, limbs + count - 4 * (i + 1), sizeof word);
+    value.word[i] = reverseLimbs(word);
+  }
+  const std::uint64_t sign = limbs[0] & 0x8000u ? ~std::uint64_t{0} : 0;
+  int next = whole;
+  if (rest != 0) {
+    // The first limbs fill no word. Those behind them are read with them and shifted out.
+    std::uint64_t word;
+    std::memcpy(&word, limbs, sizeof word);
+    const auto top = static_cast<std::int64_t>(reverseLimbs(word));
+    value.word[next++] = static_cast<std::uint64_t>(top >> (64 - 16 * rest));
+  }
+  while (next < kWideWords) value.word[next++] = sign;
+  return value;
+}
+
+// The low `count` limbs (1 to 21), most significant first. REQUIRES: the limbs behind are 0; up to
+// three of them are written, as 0.
+inline void storeLimbs(const Wide& value, int count, std::uint16_t* limbs) {
+  const int whole = count / 4;
+  const int rest = count % 4;
+  if (rest != 0) {
+    // Writes past these limbs what the whole words below them overwrite, or zeros.
+    const std::uint64_t word = reverseLimbs(value.word[whole] << (64 - 16 * rest));
+    std::memcpy(limbs, &word, sizeof word);
+  }
+  for (int i = 0; i < whole; ++i) {
+    const std::uint64_t word = reverseLimbs(value.word[i]);
+    std::memcpy(limbs + count - 4 * (i + 1), &word, sizeof word);
+  }
+}
+
+// The fewest limbs that hold the value with its sign: 1 for 0 and -1, 2 for 32768.
+inline int normalLimbCount(const Wide& value) {
+  // The complement of a negative value has the bits to which its sign bit is added.
+  const std::uint64_t sign = isNegative(value) ? ~std::uint64_t{0} : 0;
+  int top = kWideWords - 1;
+  while (top > 0 && value.word[top] == sign) --top;
+  const int bits = 64 * top + static_cast<int>(std::bit_width(value.word[top] ^ sign));
+  return bits / 16 + 1;
+}
+
+// Bits of a non-negative value: 0 for 0, 8 for 255.
+int bitLength(const Wide& value);
+
+// Decimal digits of a non-negative value: 0 for 0, 3 for 999.
+int digitCount(const Wide& value);
+
 // Arithmetic modulo 2^384.
-Wide add(const Wide& left, const Wide& right);
-Wide subtract(const Wide& left, const Wide& right);
-Wide negate(const Wide& value);
-inline Wide magnitude(const Wide& value) {
-  return isNegative(value) ? negate(value) : value;
+inline Wide add(const Wide& left, const Wide& right) {
+  Wide sum;
+  std::uint64_t carry = 0;
+  for (int i = 0; i < kWideWords; ++i) {
+    const UInt128 word = UInt128{left.word[i]} + right.word[i] + carry;
+    sum.word[i] = lowWord(word);
+    carry = highWord(word);
+  }
+  return sum;
+}
+
+inline Wide subtract(const Wide& left, const Wide& right) {
+  Wide difference;
+  std::uint64_t borrow = 0;
+  for (int i = 0; i < kWideWords; ++i) {
+    const UInt128 word = UInt128{left.word[i]} - right.word[i] - borrow;
+    difference.word[i] = lowWord(word);
+    borrow = highWord(word) & 1;
+  }
+  return difference;
+}
+
+inline Wide negate(const Wide& value) {
+  return subtract(Wide{}, value);
+}
+// The absolute value, in place: a copy would wait for the words that were just written.
+inline void makeMagnitude(Wide& value) {
+  if (isNegative(value)) value = negate(value);
+}
+inline Wide magnitude(Wide value) {
+  makeMagnitude(value);
+  return value;
 }
 
 // The low 384 bits of the product of two non-negative values.

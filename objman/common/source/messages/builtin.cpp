@@ -2,6 +2,8 @@
 // the message-table resource instead, and the rows only mark the module that holds it.
 #include "builtin.h"
 
+#include "nomos/status.h"
+
 #include "sys/messages.h"
 
 #include <iterator>
@@ -22,6 +24,13 @@ constexpr bool rowsAscend() {
 }
 static_assert(rowsAscend(), "the list is in ascending order, each number once");
 static_assert(kRows[0].identifier == 0x61000000u);
+
+// The operating-system layer lies below the list and has constants of its own.
+static_assert(kNosInvalidParameterValue == kInvalidParameterValue);
+static_assert(kNosStringTooLong == kStringTooLong);
+static_assert(kNosBinaryTooLong == kBinaryTooLong);
+static_assert(kNosStringUtf8TooLong == kStringUtf8TooLong);
+static_assert(kNosMemoryAllocationFailed == kDatabaseMemoryAllocationFailed);
 
 constexpr NosMessageIndex kIndex(kRows);
 
