@@ -121,6 +121,9 @@ struct Access {
     return fromImage(top & kShortMask, length, scaleFactor);
   }
 
+  // The constructor from a stored decimal.
+  static Decimal fromStored(const DskDecimal& stored);
+
   // The text constructor.
   static Decimal fromText(const char* text);
 

@@ -64,21 +64,64 @@ bool toIntegerChecked(const Decimal& value, T& out) {
   return true;
 }
 
-// Whether at most 5 limbs with at most 23 places lie within KoraMin and KoraMax.
+// The header and the value bytes of a stored decimal: the first 12 bytes of a Decimal as well, but
+// for the first one, which counts bytes here and limbs there.
+struct StoredImage {
+  std::uint64_t first;
+  std::uint32_t last;
+};
+constexpr std::size_t kStoredImageSize = 12;
+
+// For each limb count the value bytes in use.
+constexpr auto kUsedBytes = [] {
+  std::array<StoredImage, kMaxStoredLimbs + 1> masks{};
+  for (unsigned limbs = 1; limbs <= kMaxStoredLimbs; ++limbs) {
+    masks[limbs] = masks[limbs - 1];
+    if (limbs <= 3) {
+      masks[limbs].first |= std::uint64_t{0xFFFF} << (16 * limbs);
+    } else {
+      masks[limbs].last |= std::uint32_t{0xFFFF} << (16 * (limbs - 4));
+    }
+  }
+  return masks;
+}();
+
+// Whether a value lies within KoraMin and KoraMax and fits the value bytes. With places, 5 limbs
+// are always within: 2^79 is below 10^24.
 bool isStorable(const Decimal& value) {
-  return value.getLength() <= kMaxStoredLimbs && !(value < Decimal::KoraMin) &&
-         !(value > Decimal::KoraMax);
+  if (value.getLength() != kMaxStoredLimbs || value.getScaleFactor() != 0) {
+    return value.getLength() <= kMaxStoredLimbs;
+  }
+  return !(value < Decimal::KoraMin) && !(value > Decimal::KoraMax);
 }
 
 void writeStored(const Decimal& value, DskDecimal& out) {
-  const std::uint8_t byteCount = value.getValueLength();
-  NOMUTIL_ASSERT_TEXT(kSource, byteCount <= sizeof out.value,
+  const unsigned limbs = value.getLength();
+  NOMUTIL_ASSERT_TEXT(kSource, value.getValueLength() <= sizeof out.value,
                       "dVal.precision <= sizeof dVal.value");
-  out.precision = byteCount;
-  out.scaleFactor = value.getScaleFactor();
-  std::memset(out.value, 0xAA, sizeof out.value);
-  std::memcpy(out.value, value.getValue(), byteCount);
+  // The limbs behind the length are 0, so that only the filling is to be added.
+  constexpr std::uint64_t kFill = 0xAAAAAAAAAAAAAAAAu;
+  const StoredImage& used = kUsedBytes[limbs <= kMaxStoredLimbs ? limbs : kMaxStoredLimbs];
+  StoredImage image;
+  std::memcpy(&image, &value, kStoredImageSize);
+  image.first = (image.first & ~std::uint64_t{0xFF}) | 2 * limbs;
+  image.first |= kFill & ~used.first & ~std::uint64_t{0xFFFF};
+  image.last |= static_cast<std::uint32_t>(kFill) & ~used.last;
+  std::memcpy(&out, &image, kStoredImageSize);
   std::memset(out.reserved, 0, sizeof out.reserved);
+}
+
+// What no program writes, but the record can say: an odd precision, or one beyond the value bytes.
+Decimal loadOddStored(const DskDecimal& stored) {
+  // The limbs go on through the reserved bytes and the padding, and no further.
+  constexpr std::size_t kReadable = sizeof stored - offsetof(DskDecimal, value);
+  std::uint8_t image[kImageSize] = {};
+  image[0] = stored.precision / 2;
+  image[1] = stored.scaleFactor;
+  std::memcpy(image + 2, reinterpret_cast<const std::uint8_t*>(&stored) + 2,
+              std::min<std::size_t>(2u * image[0], kReadable));
+  image[44] = 1;
+  return Decimal(image, kImageSize);
 }
 
 }  // namespace
@@ -141,27 +184,32 @@ Decimal::Decimal(const HighPrecisionNumber* number) {
   *this = Access::fromWide(number->sign < 0 ? negate(digits) : digits, places);
 }
 
-Decimal::Decimal(const DskDecimal& stored) {
-  if (stored.precision == 0) {
-    *this = Zero;
-    return;
-  }
-  if (stored.precision > MaxDecimalValueSize || stored.scaleFactor > kMaxStoredPlaces) {
+Decimal Access::fromStored(const DskDecimal& stored) {
+  if (stored.precision == 0) return Decimal::Zero;
+  if (stored.precision > kMaxLimbs || stored.scaleFactor > kMaxStoredPlaces) {
     nomLog(
         "attempt to convert an invalid (uninitialised?) DskDecimal to a Decimal "
         "(precision=%d, scaleFactor=%d)",
         stored.precision, stored.scaleFactor);
-    initialise();
-    return;
+    Decimal invalid;
+    invalid.initialise();
+    return invalid;
   }
-  // A precision above 10 reads on through the reserved bytes and the padding, and no further.
-  constexpr std::size_t kReadable = sizeof stored - offsetof(DskDecimal, value);
-  _length = stored.precision / 2;
-  _scaleFactor = stored.scaleFactor;
-  const std::size_t byteCount = 2u * _length;
-  std::memcpy(_value, reinterpret_cast<const std::uint8_t*>(&stored) + offsetof(DskDecimal, value),
-              byteCount < kReadable ? byteCount : kReadable);
+  const unsigned limbs = stored.precision / 2u;
+  if (stored.precision % 2 != 0 || limbs > kMaxStoredLimbs) return loadOddStored(stored);
+  StoredImage image;
+  std::memcpy(&image, &stored, kStoredImageSize);
+  const StoredImage& used = kUsedBytes[limbs];
+  image.first = (image.first & (used.first | 0xFF00)) | limbs;
+  image.last &= used.last;
+  // One store of both words: the arithmetic loads them together.
+  const WordVector words = {image.first, image.last};
+  Decimal result;
+  std::memcpy(static_cast<void*>(&result), &words, sizeof words);
+  return result;
 }
+
+Decimal::Decimal(const DskDecimal& stored) : Decimal(Access::fromStored(stored)) {}
 
 Decimal::Decimal(const std::uint16_t* limbs, int count, std::uint8_t scaleFactor) {
   NOMUTIL_ASSERT_TEXT(kSource, count <= MaxDecimalValueSize, "_length <= MaxDecimalValueSize");
@@ -226,8 +274,13 @@ Decimal& Decimal::operator=(const DskDecimal& stored) {
 
 bool Decimal::decimalToDskDecimal(DskDecimal& out, std::uint8_t scale) const {
   if (!_valid) return false;
+  const bool keepsScale = scale == kKeepScale || scale == _scaleFactor;
+  if (keepsScale && _scaleFactor <= kMaxStoredPlaces && isStorable(*this)) {
+    writeStored(*this, out);
+    return true;
+  }
   Decimal value = *this;
-  if (scale != kKeepScale && scale != value._scaleFactor) value.scale(scale - value._scaleFactor);
+  if (!keepsScale) value.scale(scale - value._scaleFactor);
   if (value._scaleFactor > kMaxStoredPlaces) value.scale(kMaxStoredPlaces - value._scaleFactor);
   // The cut grows by a place a round, so that a long fraction is shortened quickly.
   for (int cut = 1; cut < kMaxStoredPlaces && value._scaleFactor != 0; ++cut) {

@@ -88,6 +88,10 @@ class DigitReader {
   int count() const { return _count; }
 
   Decimal finish(bool negative, std::uint8_t places) {
+    if (_count == _inWord) {
+      const auto word = static_cast<std::int64_t>(_word);
+      return Access::fromWord(negative ? -word : word, places);
+    }
     constexpr int kValueDigits = 38;  // that 127 bits hold
     if (_count < kValueDigits) {
       const UInt128 above = joinWords(_wide.word[1], _wide.word[0]);
@@ -159,8 +163,8 @@ class DigitWriter {
   char* _begin = _area + sizeof _area;
 };
 
-// The rest of this space renders values of 1 to 7 limbs with their own places, into a buffer with
-// room for whole groups of 8 digits.
+// The rest of this space renders values of 1 to 7 limbs with their own places, if these are few,
+// into a buffer with room for whole groups of 8 digits.
 
 // Eight digits as characters, the first one lowest (as it lies in memory). Pairs, then digits, are
 // split off in all lanes of a word at once; 10486 / 2^20 and 103 / 2^10 stand for 1/100 and 1/10.
@@ -180,8 +184,23 @@ char* putGroup(char* out, std::uint64_t value, unsigned count) {
   return out + count;
 }
 
-// `count` digits, 1 to 19, leading zeros included; up to 7 bytes behind them are written too.
-char* putDigits(char* out, std::uint64_t value, unsigned count) {
+// The same for the last group of a number, with a point before its last `places` digits. The
+// fraction is written a second time, one to the right: to move it in memory would wait for the
+// digits that were just written.
+char* putLastGroup(char* out, std::uint64_t value, unsigned count, unsigned places) {
+  const std::uint64_t characters = eightDigits(value) >> (8 * (8 - count));
+  std::memcpy(out, &characters, sizeof characters);
+  if (places == 0) return out + count;
+  const unsigned whole = count - places;
+  const std::uint64_t fraction = characters >> (8 * whole);
+  std::memcpy(out + whole + 1, &fraction, sizeof fraction);
+  out[whole] = '.';
+  return out + count + 1;
+}
+
+// `count` digits, 1 to 20, leading zeros included, and a point before the last `places` of them,
+// which are no more than the last group has. Up to 8 bytes behind the digits are written too.
+char* putDigits(char* out, std::uint64_t value, unsigned count, unsigned places) {
   if (count > 16) {
     out = putGroup(out, value / powerOfTen(16), count - 16);
     value %= powerOfTen(16);
@@ -192,7 +211,7 @@ char* putDigits(char* out, std::uint64_t value, unsigned count) {
     value %= powerOfTen(8);
     count = 8;
   }
-  return putGroup(out, value, count);
+  return putLastGroup(out, value, count, places);
 }
 
 // Digits of a word, 1 for 0.
@@ -201,24 +220,8 @@ unsigned wordDigits(std::uint64_t value) {
   return static_cast<unsigned>(estimate) + (value >= powerOfTen(estimate) || estimate == 0);
 }
 
-// Puts a point before the last `places` digits, which move one to the right; 7 bytes behind them
-// may move too.
-char* putPoint(char* end, std::uint32_t places) {
-  if (places == 0) return end;
-  char* const point = end - places;
-  if (places <= 8) {
-    std::uint64_t fraction;
-    std::memcpy(&fraction, point, sizeof fraction);
-    std::memcpy(point + 1, &fraction, sizeof fraction);
-  } else {
-    std::memmove(point + 1, point, places);
-  }
-  *point = '.';
-  return end + 1;
-}
-
-constexpr std::uint32_t kShortRoom = 48;    // sign, 34 digits, point, NUL and 7 bytes more
-constexpr std::uint32_t kShortPlaces = 32;  // with a digit before the point
+constexpr std::uint32_t kShortRoom = 48;   // sign, 34 digits, point, NUL and 8 bytes more
+constexpr std::uint32_t kShortPlaces = 8;  // of the last group
 
 void renderShort(const Decimal& value, char* out) {
   const Int128 digits = Access::value(value);
@@ -226,16 +229,17 @@ void renderShort(const Decimal& value, char* out) {
   const unsigned places = value.getScaleFactor();
   *out = '-';
   out += digits < 0;
-  if (highWord(size) == 0 && places < kWordDigits) {
-    out = putDigits(out, lowWord(size), std::max(wordDigits(lowWord(size)), places + 1));
+  if (highWord(size) == 0) {
+    const std::uint64_t word = lowWord(size);
+    out = putDigits(out, word, std::max(wordDigits(word), places + 1), places);
   } else {
     // 7 limbs are below 10^34, so both parts are words.
     std::uint64_t low;
     const std::uint64_t high = divideTwoByOne(highWord(size), lowWord(size), powerOfTen(16), low);
-    out = putDigits(out, high, std::max(wordDigits(high) + 16, places + 1) - 16);
-    out = putDigits(out, low, 16);
+    out = putDigits(out, high, wordDigits(high), 0);
+    out = putDigits(out, low, 16, places);
   }
-  *putPoint(out, places) = '\0';
+  *out = '\0';
 }
 
 char* fillWithStars(char* buffer, std::uint32_t size) {
