@@ -1,14 +1,22 @@
 // Decimals for tests: show() spells out everything that is observable of one, in a way that shares
-// nothing with the library's own rendering. -12.50 is "-12.50"; what is not as a computed value is
-// follows it: " invalid", " empty" (length 0), " redundant" (a leading limb that could go),
-// " dirty" (a stored record whose unused bytes are not AA and 00).
+// nothing with the library's own rendering. -12.50 is "-12.50"; what is not as in a computed
+// value follows it: "(invalid)", "(empty)" (length 0), "(redundant)" (a leading limb that could
+// go),
+// "(dirty)" (a stored record whose unused bytes are not AA and 00). In the tables of the tests
+// "10{100}" stands for 1 and a hundred zeros. The tests of decimals get the decimals themselves,
+// the Recorder and googletest from here too.
 #ifndef NOMUTIL_TESTS_DECIMALSHOW_H
 #define NOMUTIL_TESTS_DECIMALSHOW_H
 
+#include "recorder.h"
 #include "sys/decimals.h"
+
+#include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -17,16 +25,12 @@ namespace nomtest {
 // The two's-complement integer of the limbs, most significant first, with `places` places.
 inline std::string showLimbs(std::vector<std::uint16_t> limbs, unsigned places) {
   const bool negative = !limbs.empty() && limbs[0] >= 0x8000;
-  const bool redundant = limbs.size() > 1 && ((limbs[0] == 0 && limbs[1] < 0x8000) ||
-                                              (limbs[0] == 0xFFFF && limbs[1] >= 0x8000));
+  const bool redundant = limbs.size() > 1 && limbs[0] == (limbs[1] >= 0x8000 ? 0xFFFF : 0);
   const bool empty = limbs.empty();
-  if (negative) {
-    unsigned carry = 1;
-    for (std::size_t i = limbs.size(); i-- > 0;) {
-      const unsigned sum = (limbs[i] ^ 0xFFFFu) + carry;
-      limbs[i] = static_cast<std::uint16_t>(sum);
-      carry = sum >> 16;
-    }
+  unsigned carry = 1;
+  for (std::size_t i = limbs.size(); negative && i-- > 0; carry >>= 16) {
+    carry += limbs[i] ^ 0xFFFFu;
+    limbs[i] = static_cast<std::uint16_t>(carry);
   }
   std::string text;
   for (bool more = true; more || text.size() <= places;) {
@@ -41,55 +45,108 @@ inline std::string showLimbs(std::vector<std::uint16_t> limbs, unsigned places) 
     text.insert(text.begin(), static_cast<char>('0' + remainder));
   }
   if (places != 0) text.insert(text.size() - places, ".");
-  return (negative ? "-" : "") + text + (empty ? " empty" : "") + (redundant ? " redundant" : "");
+  return (negative ? "-" : "") + text + (empty ? "(empty)" : "") + (redundant ? "(redundant)" : "");
 }
 
 inline std::string show(const Decimal& value) {
   const std::uint16_t* limbs = value.getValue();
   return showLimbs({limbs, limbs + value.getLength()}, value.getScaleFactor()) +
-         (value.isvalid() ? "" : " invalid");
+         (value.isvalid() ? "" : "(invalid)");
 }
 
-inline std::string show(const DskDecimal& stored) {
-  std::vector<std::uint16_t> limbs;
-  for (unsigned i = 0; i < stored.precision && i < sizeof stored.value; i += 2) {
-    limbs.push_back(static_cast<std::uint16_t>(stored.value[i] | stored.value[i + 1] << 8));
+// Text with counts behind its characters, written out: "10{3}.9{2}" is "1000.99".
+inline std::string expand(const std::string& text) {
+  std::string all;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool counted = text[i] == '{';
+    all.append(counted ? std::stoul(text.substr(i + 1)) - 1 : 1, text[counted ? i - 1 : i]);
+    if (counted) i = text.find('}', i);
   }
-  bool dirty =
-      stored.precision > sizeof stored.value || stored.reserved[0] != 0 || stored.reserved[1] != 0;
-  for (unsigned i = stored.precision; i < sizeof stored.value; ++i) {
-    dirty = dirty || stored.value[i] != 0xAA;
-  }
-  return showLimbs(limbs, stored.scaleFactor) + (dirty ? " dirty" : "");
-}
-
-// The record of a text that is known to fit.
-inline DskDecimal stored(const char* text) {
-  DskDecimal record{};
-  Decimal(text).decimalToDskDecimal(record, 255);
-  return record;
-}
-
-// A record that no operation writes, to see whether an output was touched.
-inline DskDecimal sentinel() {
-  return {0x5A,
-          0x5A,
-          {0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A},
-          {0x5A, 0x5A},
-          {0x5A, 0x5A}};
-}
-inline const char* const kUntouched = "(untouched)";
-
-inline std::string showOrUntouched(const DskDecimal& record) {
-  return record.precision == 0x5A ? kUntouched : show(record);
+  return all;
 }
 
 inline Decimal dec(const std::string& text) {
-  return Decimal(text.c_str());
+  return text == "empty" ? Decimal() : Decimal(expand(text).c_str());
 }
 
 inline std::string zeros(std::size_t count) {
   return std::string(count, '0');
+}
+
+inline std::string showAll(const std::vector<Decimal>& values) {
+  std::string all;
+  for (const Decimal& value : values) all += (all.empty() ? "" : " ") + show(value);
+  return all;
+}
+
+using Row = std::vector<std::string>;
+
+// Expects of each row of a table, `width` words each, that check(row) gives its last word.
+template <class Check>
+void expectRows(std::size_t width, Check check, const std::string& table) {
+  std::istringstream words(table);
+  Row row;
+  for (std::string word; words >> word;) {
+    row.push_back(expand(word));
+    if (row.size() < width) continue;
+    EXPECT_EQ(check(row), row.back()) << "for " << testing::PrintToString(row);
+    row.clear();
+  }
+  EXPECT_TRUE(row.empty()) << "the last row is not full";
+}
+
+inline std::uint8_t byteOf(const std::string& number, int base = 10) {
+  return static_cast<std::uint8_t>(std::stoul(number, nullptr, base));
+}
+
+// "0102FE" is the bytes 01 02 FE.
+inline std::vector<std::uint8_t> bytesOf(const std::string& hex) {
+  std::vector<std::uint8_t> bytes;
+  for (std::size_t i = 0; i + 2 <= hex.size(); i += 2)
+    bytes.push_back(byteOf(hex.substr(i, 2), 16));
+  return bytes;
+}
+
+// The record of a text that is known to fit.
+inline DskDecimal stored(const std::string& text) {
+  DskDecimal record{};
+  dec(text).decimalToDskDecimal(record, 255);
+  return record;
+}
+
+// The record that begins with these bytes and goes on with others.
+inline DskDecimal recordOf(const std::string& hex, std::uint8_t others = 0x77) {
+  std::vector<std::uint8_t> bytes = bytesOf(hex);
+  bytes.resize(sizeof(DskDecimal), others);
+  DskDecimal record;
+  std::memcpy(&record, bytes.data(), sizeof record);
+  return record;
+}
+
+// A record that no operation writes. As long as it is one, it shows as "untouched".
+inline DskDecimal sentinel() {
+  return recordOf("", 0x5A);
+}
+
+inline std::string show(const DskDecimal& stored) {
+  const DskDecimal untouched = sentinel();
+  if (std::memcmp(&stored, &untouched, sizeof stored) == 0) return "untouched";
+  std::vector<std::uint16_t> limbs;
+  bool dirty = stored.precision > 10 || (stored.reserved[0] | stored.reserved[1]) != 0;
+  for (unsigned i = 0; i < 10; ++i) {
+    const int limb = stored.value[i] | stored.value[i | 1] << 8;
+    if (i >= stored.precision) dirty |= stored.value[i] != 0xAA;
+    if (i < stored.precision && i % 2 == 0) limbs.push_back(static_cast<std::uint16_t>(limb));
+  }
+  return showLimbs(limbs, stored.scaleFactor) + (dirty ? "(dirty)" : "");
+}
+
+// What a function of an output record wrote; "untouched" when it returned false and did not write.
+template <class Store>
+std::string outcome(Store store) {
+  DskDecimal out = sentinel();
+  const bool result = store(out);
+  return result == (show(out) != "untouched") ? show(out) : "(result and record disagree)";
 }
 
 }  // namespace nomtest

@@ -5,7 +5,6 @@
 
 #include "nomos/testhooks.h"
 
-#include <cstddef>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -17,46 +16,25 @@ struct LogLine {
   NosLogLevel level;
   std::string text;
 };
-
 struct Assertion {
-  std::string file;
-  std::string module;
-  std::string expression;
-  std::string kind;
+  std::string file, module, expression, kind;
 };
-
 struct MessageBox {
-  std::string text;
-  std::string title;
+  std::string text, title;
 };
 
 class Recorder {
  public:
   Recorder() {
-    nosSetLogSink(
-        [](void* context, NosLogLevel level, const char* line) {
-          self(context)._keep(self(context)._lines, LogLine{level, line});
-        },
-        this);
-    nosSetAssertSink(
-        [](void* context, const char* file, const char* module, const char* expression,
-           const char* kind, unsigned) {
-          self(context)._keep(self(context)._assertions, Assertion{file, module, expression, kind});
-        },
-        this);
-    nosSetMessageBoxSink(
-        [](void* context, const char* text, const char* title) {
-          self(context)._keep(self(context)._boxes, MessageBox{text, title});
-        },
-        this);
+    nosSetLogSink(onLine, this);
+    nosSetAssertSink(onAssertion, this);
+    nosSetMessageBoxSink(onBox, this);
   }
   ~Recorder() {
     nosSetLogSink(nullptr, nullptr);
     nosSetAssertSink(nullptr, nullptr);
     nosSetMessageBoxSink(nullptr, nullptr);
   }
-  Recorder(const Recorder&) = delete;
-  Recorder& operator=(const Recorder&) = delete;
 
   // Each hands over what came since the last call.
   std::vector<LogLine> takeLines() { return _take(_lines); }
@@ -65,22 +43,31 @@ class Recorder {
 
   // The expressions of the assertions since the last call, without repetitions in a row.
   std::string takeExpressions() {
-    std::string all;
-    std::string last;
-    for (const Assertion& assertion : takeAssertions()) {
-      if (assertion.expression != last) all += (all.empty() ? "" : "; ") + assertion.expression;
-      last = assertion.expression;
+    std::string all, last;
+    for (const auto& [file, module, expression, kind] : takeAssertions()) {
+      if (expression != last) all += (all.empty() ? "" : "; ") + expression;
+      last = expression;
     }
     return all;
   }
 
  private:
-  static Recorder& self(void* context) { return *static_cast<Recorder*>(context); }
+  static void onLine(void* to, NosLogLevel level, const char* line) {
+    keep(to, &Recorder::_lines, {level, line});
+  }
+  static void onAssertion(void* to, const char* file, const char* module, const char* expression,
+                          const char* kind, unsigned) {
+    keep(to, &Recorder::_assertions, {file, module, expression, kind});
+  }
+  static void onBox(void* to, const char* text, const char* title) {
+    keep(to, &Recorder::_boxes, {text, title});
+  }
 
   template <class T>
-  void _keep(std::vector<T>& list, T item) {
-    const std::lock_guard<std::mutex> hold(_mutex);
-    list.push_back(std::move(item));
+  static void keep(void* to, std::vector<T> Recorder::*list, T item) {
+    auto& recorder = *static_cast<Recorder*>(to);
+    const std::lock_guard<std::mutex> hold(recorder._mutex);
+    (recorder.*list).push_back(std::move(item));
   }
   template <class T>
   std::vector<T> _take(std::vector<T>& list) {
