@@ -33,8 +33,8 @@ bool isSeparator(char character);
 unsigned getEnvironment(const char* name, char* buffer, unsigned size);
 unsigned findInstallDirectory(char* buffer, unsigned size);
 
-// profile.cpp: copies the value of a key, cut to size - 1 characters, as the profile form has it:
-// trimmed, quotes still there. False when file, section or key is missing.
+// profile.cpp: copies the value of a key, trimmed, one pair of quotes taken off, then cut to size -
+// 1 characters; a comment behind it is still there. False when file, section or key is missing.
 bool readProfile(const char* file, const char* section, const char* key, char* buffer,
                  unsigned size);
 

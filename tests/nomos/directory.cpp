@@ -114,6 +114,7 @@ TEST(File, ReadsBytesForwardToTheEnd) {
   nosSetLastError(0);
   EXPECT_FALSE(file.openReadOnly(path.c_str()));
   EXPECT_EQ(nosGetLastError(), 2u);  // no such file, on both platforms
+  EXPECT_FALSE(file.openReadOnly(fs::temp_directory_path().string().c_str())) << "a directory";
 }
 
 TEST(LastError, BelongsToItsThread) {

@@ -8,10 +8,14 @@
 #include "nomos/testhooks.h"
 
 #include <gtest/gtest.h>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <string>
 
 namespace {
+
+namespace fs = std::filesystem;
 
 struct Converted {
   int status;
@@ -149,6 +153,27 @@ TEST(Convert, StopsBeforeTheCharacterThatDoesNotFit) {
   EXPECT_EQ(convert(IntlFormat::Utf8, "", IntlFormat::Utf32, 0).status, 0);
 }
 
+TEST(Convert, FindsWhatIsNotAsciiAtEveryPlace) {
+  for (std::size_t length = 0; length < 20; ++length) {
+    for (std::size_t place = 0; place <= length; ++place) {
+      std::string source(length, 'a');
+      source.insert(place, "\xC3\xA9");
+      const auto characters = static_cast<std::uint32_t>(length + 1);
+      const auto* const bytes = reinterpret_cast<const unsigned char*>(source.data());
+      std::uint32_t counted = 77;
+      EXPECT_EQ(intlStringUTF8VerifyCountchars(bytes, characters + 1, counted), 0);
+      EXPECT_EQ(counted, characters);
+      const Converted there = convert(IntlFormat::Utf8, source, IntlFormat::CodePage, characters);
+      EXPECT_EQ(there.status, 0);
+      EXPECT_EQ(there.characters, characters);
+      EXPECT_EQ(there.bytes, std::string(length, 'a').insert(place, "\xE9"));
+      EXPECT_EQ(convert(IntlFormat::CodePage, there.bytes, IntlFormat::Utf8).bytes, source);
+      EXPECT_EQ(convert(IntlFormat::Utf8, source, IntlFormat::CodePage, characters - 1).bytes,
+                there.bytes.substr(0, length));
+    }
+  }
+}
+
 TEST(Convert, WritesAQuestionMarkForWhatTheCodePageLacks) {
   // The euro, Cyrillic zhe, Polish l with stroke, an emoji.
   const std::string source = "\xE2\x82\xAC \xD0\xB6 \xC5\x81 \xF0\x9F\x98\x80";
@@ -166,12 +191,36 @@ TEST(Convert, WritesAQuestionMarkForWhatTheCodePageLacks) {
   }
 }
 
-TEST(CodePage, RefusesThoseOfSeveralBytesAndKeepsTheOldOne) {
+TEST(CodePage, RefusesThatOfNoSingleByteAsciiAndKeepsTheOldOne) {
   const WithCodePage codePage(1251);
-  for (const unsigned number : {932u, 936u, 65001u, 99999u, 1u}) {
+  // 37 has one byte a character, but its letters do not lie where those of ASCII do.
+  for (const unsigned number : {932u, 936u, 65001u, 99999u, 1u, 37u}) {
     EXPECT_FALSE(nosSetCodePage(number)) << number;
   }
   EXPECT_EQ(convert(IntlFormat::CodePage, "\xE6", IntlFormat::Utf8).bytes, "\xD0\xB6");
+}
+
+TEST(CodePage, IsTheOneThatTheConfigurationNames) {
+  const fs::path path = fs::temp_directory_path() / "nomos_codepage_test.ini";
+  EXPECT_TRUE(nosSetCodePage(0));
+  const std::string unconfigured = convert(IntlFormat::CodePage, "\xE6", IntlFormat::Utf8).bytes;
+  const struct {
+    const char* number;
+    std::string utf8;
+  } rows[] = {{"1251", "\xD0\xB6"},
+              {"28592", "\xC4\x87"},
+              {"932", unconfigured},  // several bytes a character
+              {"none", unconfigured}};
+  for (const auto& row : rows) {
+    std::ofstream(path) << "[KoraClient]\nCodePage=" << row.number << "\n";
+    nosSetGlbIniFileName(path.string().c_str());
+    EXPECT_TRUE(nosSetCodePage(0));
+    EXPECT_EQ(convert(IntlFormat::CodePage, "\xE6", IntlFormat::Utf8).bytes, row.utf8)
+        << row.number;
+  }
+  nosSetGlbIniFileName(nullptr);
+  EXPECT_TRUE(nosSetCodePage(0));
+  fs::remove(path);
 }
 
 TEST(CharacterClass, OfWindows1252IsThatOfTheUnicodeCharacter) {

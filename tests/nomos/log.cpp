@@ -5,6 +5,9 @@
 #include "recorder.h"
 
 #include <gtest/gtest.h>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -12,6 +15,7 @@
 namespace {
 
 using nomtest::Recorder;
+namespace fs = std::filesystem;
 
 TEST(Log, FormatsCutsAndMarksEachLine) {
   Recorder recorder;
@@ -64,6 +68,34 @@ TEST(MessageBox, GoesToItsSinkOrToTheLog) {
   const std::vector<nomtest::LogLine> lines = recorder.takeLines();
   ASSERT_EQ(lines.size(), 1u);
   EXPECT_NE(lines[0].text.find("text %d"), std::string::npos);
+}
+
+// What a process of its own does without a sink, since a process asks for its log file once.
+void logLines(const char* configuration) {
+  nosSetGlbIniFileName(configuration);
+  nosSetLogSink(nullptr, nullptr);
+  nomLog("first line");
+  nomInfo("second line");
+  std::_Exit(0);
+}
+
+TEST(LogDeathTest, GoesToTheErrorStreamOrToTheConfiguredFile) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const fs::path folder = fs::temp_directory_path();
+  const fs::path configuration = folder / "nomos_log_test.ini";
+  const fs::path file = folder / "nomos_log_test.log";
+  std::ofstream(configuration) << "[NomLog]\nLogFile=" << file.string() << "\n";
+  std::ofstream(file) << "earlier\n";
+  const testing::ExitedWithCode succeeds(0);
+  EXPECT_EXIT(logLines("no such file"), succeeds, "^first line\r?\nsecond line");
+  EXPECT_EXIT(logLines(configuration.string().c_str()), succeeds, "^$");
+  std::ifstream log(file);
+  std::string lines;
+  for (std::string line; std::getline(log, line);) lines += line.substr(0, line.find('\r')) + '|';
+  EXPECT_EQ(lines, "earlier|first line|second line|");
+  log.close();
+  fs::remove(file);
+  fs::remove(configuration);
 }
 
 TEST(Log, LosesNoLineOfSeveralThreads) {

@@ -32,6 +32,16 @@ class Profile : public testing::Test {
                             "path=C:\\Data\\x;y\n"
                             "comment=text ; not this\n"
                             ";hidden=1\n"
+                            "#sign=number\n"
+                            "colon:ends=no key\n"
+                            "# no=comment: [x]\n"
+                            "all=; comment\n"
+                            "blankAll= ;comment\n"
+                            "inQuotes=\" a ; b\"\n"
+                            "behindQuotes=' a' ; b\n"
+                            "pairs=\"\"x\"\"\n"
+                            "mixed=\"a'\n"
+                            "  indented=no continuation\n"
                             "twice=first\n"
                             "twice=second\n"
                             "zero=0\n"
@@ -50,6 +60,9 @@ class Profile : public testing::Test {
                             "false=FALSE\n"
                             "maybe=perhaps\n"
                             "blank=\n"
+                            "[FIRST]\n"
+                            "late=no longer\n"
+                            "[end]\n"
                             "last=without an end of line";
   }
   ~Profile() override { fs::remove(_path); }
@@ -84,12 +97,23 @@ TEST_F(Profile, ReadsEveryFormOfAValue) {
       {"First", "equals", "a=b"},
       {"First", "path", "C:\\Data\\x;y"},
       {"First", "comment", "text"},
+      {"First", "#sign", "number"},
+      {"First", "colon", "default"},
+      {"First", "colon:ends", "no key"},
+      {"First", "all", ""},
+      {"First", "blankAll", ""},
+      {"First", "inQuotes", " a"},
+      {"First", "behindQuotes", " a"},
+      {"First", "pairs", "\"x\""},
+      {"First", "mixed", "\"a'"},
+      {"First", "indented", "no continuation"},
+      {"First", "late", "default"},  // the section came before
       {"First", "twice", "first"},
       {"First", "zero", "0"},
       {"First", "one", "1"},
       {"First", "long", kLongValue},
       {"Second Part", "plain", "other"},
-      {"second part", "last", "without an end of line"},
+      {"end", "last", "without an end of line"},
       {"First", "hidden", "default"},
       {"First", "absent", "default"},
       {"First", "last", "default"},  // a key of another section

@@ -14,7 +14,8 @@ class NOMOS_API KoraFile {
   KoraFile(const KoraFile&) = delete;
   KoraFile& operator=(const KoraFile&) = delete;
 
-  // Opens an existing file for reading, as bytes. False leaves the reason in nosGetLastError.
+  // Opens an existing file for reading, as bytes; a directory is none. False leaves the reason in
+  // nosGetLastError.
   bool openReadOnly(const char* path);
 
   // Reads up to byteCount bytes at the current position; fewer only at the end of the file.

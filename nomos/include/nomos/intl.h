@@ -25,9 +25,10 @@ NOMOS_API int intlSprintf(char* buffer, const char* format, ...);
 NOMOS_API unsigned intlDoubleToStringFixed(char* buffer, unsigned size, double value, int decimals);
 NOMOS_API unsigned intlFloatToStringFixed(char* buffer, unsigned size, float value, int decimals);
 
-// Character forms of intlConvertString. The code page is single-byte and process-wide:
-// Windows-1252 unless the configuration says otherwise (key "CodePage" of section "KoraClient" on
-// Linux; the system's ANSI code page on Windows).
+// Character forms of intlConvertString. The code page is process-wide, a single-byte extension of
+// ASCII: the Windows number in the key "CodePage" of section "KoraClient" of the global
+// configuration file names it; without the key it is Windows-1252, on Windows the system's ANSI
+// code page.
 enum class IntlFormat : std::uint32_t { CodePage = 0, Utf8 = 1, Utf32 = 2 };
 
 // Converts sourceBytes bytes at source into target, which has room for room bytes. Nothing is

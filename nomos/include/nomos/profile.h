@@ -1,4 +1,7 @@
-// Configuration files in the profile form: sections in brackets, key=value lines, ';' comments.
+// Configuration files in the profile form: sections in brackets, key=value lines, ';' comments: a
+// line that starts with it, or the rest of a line from a ';' on that starts a value or stands
+// behind a blank, between quotes as well. Of sections or keys with the same name the first counts.
+// Names are at most 49 characters, values at most 1,023.
 #ifndef NOMOS_PROFILE_H
 #define NOMOS_PROFILE_H
 

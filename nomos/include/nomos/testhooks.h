@@ -33,7 +33,7 @@ NOMOS_API void nosSetInstallDirectory(const char* path);
 
 // Sets the single-byte code page of the process by its Windows number (1252, 1250, 28605 ...);
 // 0 returns to the configured one. False, and no change, for one that the platform lacks or that
-// is not single-byte.
+// is no single-byte extension of ASCII.
 NOMOS_API bool nosSetCodePage(unsigned codePage);
 
 #endif  // NOMOS_TESTHOOKS_H

@@ -6,36 +6,55 @@
 #include "nomos/profile.h"
 #include "nomos/testhooks.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <iterator>
 #include <new>
+#include <numeric>
 
 namespace nomos {
 namespace {
 
-using platform::CodePage;
-
 // Tables once loaded stay: readers hold references to them without a lock.
 struct Loaded {
-  CodePage table;
+  IndexedCodePage table;
   unsigned askedFor;
   Loaded* next;
 };
 
 constinit ThreadMutex codePageMutex("NosCodePage");
 Loaded* loaded NOMOS_GUARDED_BY(codePageMutex) = nullptr;
-std::atomic<const CodePage*> current{nullptr};
+std::atomic<const IndexedCodePage*> current{nullptr};
 
-const CodePage* findOrLoad(unsigned number) NOMOS_REQUIRES(codePageMutex) {
+// All code takes the bytes below 80 for ASCII: pages where the letters lie elsewhere (EBCDIC) are
+// of no use. The control characters may differ, as they do in the pages of DOS.
+bool extendsAscii(const platform::CodePage& table) {
+  for (unsigned byte = 0x20; byte < 0x7F; ++byte) {
+    if (table.character[byte] != byte) return false;
+  }
+  return true;
+}
+
+void indexCharacters(IndexedCodePage& table) {
+  std::iota(std::begin(table.byCharacter), std::end(table.byCharacter), std::uint8_t{128});
+  std::stable_sort(std::begin(table.byCharacter), std::end(table.byCharacter),
+                   [&table](std::uint8_t left, std::uint8_t right) {
+                     return table.character[left] < table.character[right];
+                   });
+}
+
+const IndexedCodePage* findOrLoad(unsigned number) NOMOS_REQUIRES(codePageMutex) {
   for (const Loaded* entry = loaded; entry != nullptr; entry = entry->next) {
     if (entry->askedFor == number) return &entry->table;
   }
   auto* const entry = new (std::nothrow) Loaded{};
   if (entry == nullptr) return nullptr;
-  if (!platform::loadCodePage(number, entry->table)) {
+  if (!platform::loadCodePage(number, entry->table) || !extendsAscii(entry->table)) {
     delete entry;
     return nullptr;
   }
+  indexCharacters(entry->table);
   entry->askedFor = number;
   entry->next = loaded;
   loaded = entry;
@@ -49,17 +68,18 @@ unsigned configuredNumber() {
   return static_cast<unsigned>(std::strtoul(value, nullptr, 10));
 }
 
-const CodePage* loadConfigured() NOMOS_REQUIRES(codePageMutex) {
-  const CodePage* table = findOrLoad(configuredNumber());
+const IndexedCodePage* loadConfigured() NOMOS_REQUIRES(codePageMutex) {
+  const IndexedCodePage* table = findOrLoad(configuredNumber());
   if (table == nullptr) table = findOrLoad(0);
   if (table != nullptr) return table;
   // No system code page is single-byte, or the memory is exhausted: bytes are Latin-1 characters
   // without classes.
-  static constinit const CodePage latin1 = [] {
-    CodePage page{28591, {}, {}, {}};
+  static constinit const IndexedCodePage latin1 = [] {
+    IndexedCodePage page{{28591, {}, {}, {}}, {}};
     for (unsigned byte = 0; byte < 256; ++byte) {
       page.character[byte] = byte;
       page.lower[byte] = static_cast<std::uint8_t>(byte);
+      if (byte >= 128) page.byCharacter[byte - 128] = static_cast<std::uint8_t>(byte);
     }
     return page;
   }();
@@ -68,8 +88,8 @@ const CodePage* loadConfigured() NOMOS_REQUIRES(codePageMutex) {
 
 }  // namespace
 
-const CodePage& currentCodePage() {
-  const CodePage* table = current.load(std::memory_order_acquire);
+const IndexedCodePage& currentCodePage() {
+  const IndexedCodePage* table = current.load(std::memory_order_acquire);
   if (table == nullptr) {
     ThreadMutexHold hold(codePageMutex);
     table = current.load(std::memory_order_relaxed);
@@ -81,27 +101,29 @@ const CodePage& currentCodePage() {
   return *table;
 }
 
-bool encodeCharacter(const CodePage& codePage, std::uint32_t character, unsigned char& byte) {
+bool encodeCharacter(const IndexedCodePage& codePage, std::uint32_t character,
+                     unsigned char& byte) {
   // Most characters of a Latin code page stand at their own number.
   if (character < 256 && codePage.character[character] == character) {
     byte = static_cast<unsigned char>(character);
     return true;
   }
-  for (unsigned i = 128; i < 256; ++i) {
-    if (codePage.character[i] == character) {
-      byte = static_cast<unsigned char>(i);
-      return true;
-    }
-  }
-  byte = '?';
-  return false;
+  const auto* const end = std::end(codePage.byCharacter);
+  const auto* const found =
+      std::lower_bound(std::begin(codePage.byCharacter), end, character,
+                       [&codePage](std::uint8_t candidate, std::uint32_t wanted) {
+                         return codePage.character[candidate] < wanted;
+                       });
+  const bool isThere = found != end && codePage.character[*found] == character;
+  byte = isThere ? *found : '?';
+  return isThere;
 }
 
 }  // namespace nomos
 
 bool nosSetCodePage(unsigned codePage) {
   ThreadMutexHold hold(nomos::codePageMutex);
-  const nomos::platform::CodePage* const table =
+  const nomos::IndexedCodePage* const table =
       codePage == 0 ? nomos::loadConfigured() : nomos::findOrLoad(codePage);
   if (table == nullptr) return false;
   nomos::current.store(table, std::memory_order_release);

@@ -8,13 +8,16 @@
 
 namespace nomos {
 
+struct IndexedCodePage : platform::CodePage {
+  std::uint8_t byCharacter[128];  // the bytes 80 to FF in the order of their characters
+};
+
 // The process-wide code page: the configured one from the first call on. Its table lives as long
 // as the process.
-const platform::CodePage& currentCodePage();
+const IndexedCodePage& currentCodePage();
 
-// The byte of a character; '?' and false when the code page lacks it.
-bool encodeCharacter(const platform::CodePage& codePage, std::uint32_t character,
-                     unsigned char& byte);
+// The byte of a character of 80 or above; '?' and false when the code page lacks it.
+bool encodeCharacter(const IndexedCodePage& codePage, std::uint32_t character, unsigned char& byte);
 
 }  // namespace nomos
 

@@ -8,11 +8,11 @@
 
 #include "codepages.h"
 
+#include <algorithm>
 #include <cstring>
 
 using nomos::currentCodePage;
 using nomos::encodeCharacter;
-using nomos::platform::CodePage;
 
 namespace {
 
@@ -39,6 +39,18 @@ unsigned decodeUtf8(const unsigned char* text, std::uint32_t left, std::uint32_t
     character = character << 6 | (text[i] & 0x3F);
   }
   return character >= kSmallest[length - 2] && isScalar(character) ? length : 0;
+}
+
+// How many bytes at the front of a text are ASCII.
+std::uint32_t asciiLength(const unsigned char* text, std::uint32_t left) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  std::uint32_t length = 0;
+  for (std::uint64_t eight; left - length >= sizeof eight; length += sizeof eight) {
+    std::memcpy(&eight, text + length, sizeof eight);
+    if ((eight & kHighBits) != 0) break;
+  }
+  while (length < left && text[length] < 0x80) ++length;
+  return length;
 }
 
 unsigned encodeUtf8(std::uint32_t character, unsigned char* bytes) {
@@ -137,7 +149,19 @@ int intlConvertString(IntlFormat from, const void* source, std::uint32_t sourceB
   characterCount = 0;
   const auto* text = static_cast<const unsigned char*>(source);
   auto* const out = static_cast<unsigned char*>(target);
+  // Both forms have ASCII as it is.
+  const bool copiesAscii = from != IntlFormat::Utf32 && to != IntlFormat::Utf32;
   while (sourceBytes > 0) {
+    if (copiesAscii && text[0] < 0x80) {
+      const std::uint32_t run = asciiLength(text, std::min(sourceBytes, room - byteCount));
+      if (run == 0) return kNosStringTooLong;
+      std::memmove(out + byteCount, text, run);
+      byteCount += run;
+      characterCount += run;
+      text += run;
+      sourceBytes -= run;
+      continue;
+    }
     std::uint32_t character;
     const unsigned read = decode(from, text, sourceBytes, character);
     if (read == 0) return kNosInvalidParameterValue;
@@ -158,9 +182,11 @@ int intlStringUTF8VerifyCountchars(const unsigned char* text, std::uint32_t byte
   characterCount = 0;
   while (byteCount > 0) {
     std::uint32_t character;
-    const unsigned read = decodeUtf8(text, byteCount, character);
+    const bool isAscii = text[0] < 0x80;
+    const std::uint32_t read =
+        isAscii ? asciiLength(text, byteCount) : decodeUtf8(text, byteCount, character);
     if (read == 0) return kNosInvalidParameterValue;
-    ++characterCount;
+    characterCount += isAscii ? read : 1;
     text += read;
     byteCount -= read;
   }

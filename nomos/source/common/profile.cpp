@@ -42,6 +42,20 @@ bool tryReadProfile(const char* file, const char* section, const char* key, char
   }
 }
 
+bool isBlank(char character) {
+  return character == ' ' || character == '\t';
+}
+
+// Where the value without the comment behind it ends.
+std::size_t commentStart(const char* value, std::size_t length) {
+  for (std::size_t i = 0; i < length; ++i) {
+    if (value[i] != ';' || (i > 0 && !isBlank(value[i - 1]))) continue;
+    while (i > 0 && isBlank(value[i - 1])) --i;
+    return i;
+  }
+  return length;
+}
+
 bool isAnyOf(const char* text, const char* const (&words)[4]) {
   return std::any_of(std::begin(words), std::end(words),
                      [text](const char* word) { return equalsIgnoringCase(text, word); });
@@ -73,10 +87,12 @@ unsigned getIniFileStringParam(const char* section, const char* key, const char*
   std::size_t length = std::strlen(defaultValue);
   if (tryReadProfile(file, section, key, value, sizeof value)) {
     begin = value;
-    length = std::strlen(value);
-    const bool quoted =
-        length >= 2 && (value[0] == '"' || value[0] == '\'') && value[length - 1] == value[0];
-    if (quoted) {
+    const std::size_t whole = std::strlen(value);
+    length = commentStart(value, whole);
+    // Quotes before a comment are still there.
+    const bool isQuoted = length < whole && length >= 2 && (value[0] == '"' || value[0] == '\'') &&
+                          value[length - 1] == value[0];
+    if (isQuoted) {
       ++begin;
       length -= 2;
     }

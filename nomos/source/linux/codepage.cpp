@@ -49,9 +49,11 @@ void fillWindows1252(CodePage& table) {
     const bool lower = (byte >= 'a' && byte <= 'z') || (byte >= 0xDF && byte != 0xF7) ||
                        byte == 0x83 || byte == 0x9A || byte == 0x9C || byte == 0x9E ||
                        byte == 0xAA || byte == 0xB5 || byte == 0xBA;
+    const bool uncased = byte == 0x88;  // the modifier letter circumflex
     const bool digit = byte >= '0' && byte <= '9';
-    table.classes[byte] = static_cast<std::uint8_t>(
-        (upper ? kAlpha | kUpper : 0) | (lower ? kAlpha | kLower : 0) | (digit ? kDigit : 0));
+    table.classes[byte] =
+        static_cast<std::uint8_t>((upper ? kAlpha | kUpper : 0) | (lower ? kAlpha | kLower : 0) |
+                                  (digit ? kDigit : 0) | (uncased ? kAlpha : 0));
     if (upper) {
       table.lower[byte] = static_cast<std::uint8_t>(byte == 0x9F                  ? 0xFF
                                                     : byte >= 0x80 && byte < 0xA0 ? byte + 0x10

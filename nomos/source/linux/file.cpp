@@ -5,6 +5,7 @@
 #include "nomos/lasterror.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <cerrno>
 
@@ -28,6 +29,12 @@ bool KoraFile::openReadOnly(const char* path) {
   } while (descriptor < 0 && errno == EINTR);
   if (descriptor < 0) {
     nosSetLastError(static_cast<unsigned>(errno));
+    return false;
+  }
+  struct stat information;
+  if (fstat(descriptor, &information) == 0 && S_ISDIR(information.st_mode)) {
+    ::close(descriptor);
+    nosSetLastError(EISDIR);
     return false;
   }
   _handle = reinterpret_cast<void*>(static_cast<std::intptr_t>(descriptor) + 1);

@@ -1,5 +1,4 @@
-// Profile files through the system's own calls. They trim a value, and take one pair of quotes off
-// it; a comment behind a value, which starts with a ';' behind a blank, is cut here.
+// Profile files through the system's own calls, which trim a value and take one pair of quotes off.
 
 #include "platform.h"
 
@@ -17,19 +16,6 @@ bool givesDefault(const char* path, const char* section, const char* key, const 
   return std::strcmp(value, fallback) == 0;
 }
 
-bool isBlank(char character) {
-  return character == ' ' || character == '\t';
-}
-
-void cutComment(char* value) {
-  for (char* end = value; *end != '\0'; ++end) {
-    if (*end != ';' || end == value || !isBlank(end[-1])) continue;
-    while (end > value && isBlank(end[-1])) --end;
-    *end = '\0';
-    return;
-  }
-}
-
 }  // namespace
 
 bool readProfile(const char* file, const char* section, const char* key, char* buffer,
@@ -41,7 +27,6 @@ bool readProfile(const char* file, const char* section, const char* key, char* b
   // The call does not tell whether the key is there: only then do two defaults give the same.
   if (givesDefault(path, section, key, "0") && givesDefault(path, section, key, "1")) return false;
   GetPrivateProfileStringA(section, key, "", buffer, size, path);
-  cutComment(buffer);
   return true;
 }
 

@@ -25,7 +25,7 @@ void nameOf(unsigned number, char (&name)[24]) {
   } else if (number == 21866) {
     std::snprintf(name, sizeof name, "KOI8-U");
   } else {
-    std::snprintf(name, sizeof name, number < 1000 ? "cp%u" : "windows-%u", number);
+    std::snprintf(name, sizeof name, "windows-%u", number);
   }
 }
 
