@@ -27,9 +27,9 @@ TEST(FrenchMessages, AreThoseOfTheWorkedExample) {
   EXPECT_TRUE(nomGetMessageText(1002, buffer, sizeof buffer) == 0 && buffer == kText);
   EXPECT_TRUE(NomVBGetMessageText(1002, buffer) == 0 && buffer == kText);
   EXPECT_TRUE(NomGetMessageText(1002, &text) == 0 && text == kText);
-  EXPECT_TRUE(nomGetMessageResourceText(1002, buffer, 8, 3, 257) == 0 &&
-              buffer == kText.substr(0, 7))
-      << "a message file knows no facility";
+  // A message file knows no facility.
+  EXPECT_EQ(nomGetMessageResourceText(1002, buffer, 8, 3, 257), 0);
+  EXPECT_STREQ(buffer, "Valeur ");
   EXPECT_EQ(NomVBGetMessageText(42, buffer), 1);
   EXPECT_STREQ(buffer, "42      1       Undefined message number");
 }
