@@ -33,14 +33,11 @@ std::string lookUp(const NosMessageModule& module, std::uint32_t identifier,
 TEST(MessageTable, CutsTheTextToTheBufferAndRefusesWhatItLacks) {
   using Row = std::tuple<std::uint32_t, std::uint32_t, std::uint32_t, std::string, const char*>;
   const Row kRows[] = {
-      {0x610003EA, 0, 0, "Invalid parameter value~", "without limit"},
       {0x610003EA, 0, 24, "Invalid parameter value~", "just enough"},
-      {0x610003EA, 0, 23, "Invalid parameter valu~", "one short"},
+      {0x610003EA, 1033, 23, "Invalid parameter valu~", "English, one short"},
       {0x610003EA, 0, 1, "~", "room for the NUL only"},
-      {0x610003EA, 1033, 5, "Inva~", "English"},
       {0x610003EA, 1036, 0, "refused", "French, which the table does not have"},
       {0x6100002A, 0, 0, "refused", "no such number"},
-      {0xA10003EA, 0, 0, "refused", "another severity"},
   };
   for (const auto& [identifier, language, size, bytes, note] : kRows) {
     EXPECT_EQ(lookUp(kBuiltInMessages, identifier, language, size), bytes) << note;
