@@ -2,9 +2,14 @@
 // a scale beside a Boost cpp_int or a GMP integer, or are the numeric of PostgreSQL's client
 // library; their results go into objects that exist already.
 //
-// Mix A: 1,024 pairs of prices, 1 to 5 integer digits and 2 to 4 places, an eighth negative.
-// Mix B: values of 20 to 23 digits, a quarter of the pairs with unequal scales.
-// The peers' quotients of 23 places keep their trailing zeros; ours loses them.
+// Mixes of 1,024 pairs, an eighth of the values negative:
+//   A  prices of 1 to 5 integer digits and 2 to 4 places
+//   B  values of 20 to 23 digits, a quarter of the pairs with unequal scales
+//   C  the same of 36 to 47 digits: 8 to 10 limbs, beyond the fast path; against GMP alone
+//   D  dividends of 80 to 90 and divisors of 40 to 57 digits: up to 19 limbs; against GMP alone
+// Before anything is timed, all have to give the same results. The peers' quotients of 23 places
+// keep their trailing zeros, ours lose them. No product of B fits a stored decimal: the flat
+// multiplication measures its refusal there.
 
 #include "sys/decimals.h"
 
@@ -13,11 +18,15 @@
 #include <pgtypes_numeric.h>
 #include <boost/multiprecision/cpp_int.hpp>
 
-#include <cstdlib>
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstring>
+#include <iostream>
 #include <new>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -41,11 +50,20 @@ int dropPoint(const char* text, char* digits) {
   return places;
 }
 
-// Puts the point back. The digits are more than the places in both mixes.
-void insertPoint(char* digits, std::size_t length, int places) {
+// Puts the point back, behind a zero when there are no more digits than places.
+void insertPoint(char* text, std::size_t length, int places) {
   if (places == 0) return;
-  char* const point = digits + length - places;
-  std::memmove(point + 1, point, static_cast<std::size_t>(places) + 1);
+  const auto behind = static_cast<std::size_t>(places);
+  char* const digits = text + (text[0] == '-');
+  std::size_t count = length - static_cast<std::size_t>(digits - text);
+  if (count <= behind) {
+    const std::size_t missing = behind + 1 - count;
+    std::memmove(digits + missing, digits, count + 1);
+    std::memset(digits, '0', missing);
+    count += missing;
+  }
+  char* const point = digits + count - behind;
+  std::memmove(point + 1, point, behind + 1);
   *point = '.';
 }
 
@@ -58,6 +76,9 @@ struct Ours {
   static void multiply(Value& out, const Value& a, const Value& b) { new (&out) Decimal(a * b); }
   static void divide(Value& out, const Value& a, const Value& b) {
     new (&out) Decimal(a.realDivide(b));
+  }
+  static void divideInteger(Value& out, const Value& a, const Value& b) {
+    new (&out) Decimal(a / b);
   }
   static bool less(const Value& a, const Value& b) { return a < b; }
   static void print(const Value& a, char* text) {
@@ -145,6 +166,10 @@ struct Gmp {
     mpz_tdiv_q(out.digits, raised, b.digits);
     out.places = kQuotientPlaces;
   }
+  static void divideInteger(Value& out, const Value& a, const Value& b) {
+    aligned(a, b, [&](const mpz_t& x, const mpz_t& y) { mpz_tdiv_q(out.digits, x, y); });
+    out.places = 0;
+  }
   static bool less(const Value& a, const Value& b) {
     return aligned(a, b, [](const mpz_t& x, const mpz_t& y) { return mpz_cmp(x, y); }) < 0;
   }
@@ -228,8 +253,12 @@ struct Postgres {
   static void multiply(Value& out, const Value& a, const Value& b) {
     PGTYPESnumeric_mul(a, b, out);
   }
-  // It chooses its places itself: at least 16 significant digits.
-  static void divide(Value& out, const Value& a, const Value& b) { PGTYPESnumeric_div(a, b, out); }
+  // The quotient has at least the places that the dividend shows, and is rounded.
+  static void divide(Value& out, const Value& a, const Value& b) {
+    const int shown = std::exchange(a->dscale, kQuotientPlaces);
+    PGTYPESnumeric_div(a, b, out);
+    a->dscale = shown;
+  }
   static bool less(const Value& a, const Value& b) { return PGTYPESnumeric_cmp(a, b) < 0; }
   static void print(const Value& a, char* text) {
     char* const made = PGTYPESnumeric_to_asc(a, a->dscale);
@@ -252,30 +281,34 @@ struct Texts {
   std::vector<std::string> left, right;
 };
 
-// mix 0 is A, mix 1 is B.
-const Texts& texts(std::int64_t mix) {
-  static const auto both = [] {
-    std::array<Texts, 2> made;
+const Texts& texts(char mix) {
+  static const auto all = [] {
+    std::array<Texts, 4> made;
     std::mt19937_64 random(20);
     const auto between = [&](int low, int high) {
       return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
     };
+    const auto add = [&](std::size_t to, int digits, int places, int otherDigits, int otherPlaces) {
+      made[to].left.push_back(randomNumber(random, digits, places));
+      made[to].right.push_back(randomNumber(random, otherDigits, otherPlaces));
+    };
     for (std::size_t i = 0; i < kPairs; ++i) {
-      const int leftPlaces = between(2, 4);
-      const int rightPlaces = between(2, 4);
-      made[0].left.push_back(randomNumber(random, between(1, 5) + leftPlaces, leftPlaces));
-      made[0].right.push_back(randomNumber(random, between(1, 5) + rightPlaces, rightPlaces));
-      made[1].left.push_back(randomNumber(random, between(20, 23), 4));
-      made[1].right.push_back(randomNumber(random, between(20, 23), i % 4 == 0 ? 6 : 4));
+      const int places = between(2, 4);
+      const int otherPlaces = between(2, 4);
+      add(0, between(1, 5) + places, places, between(1, 5) + otherPlaces, otherPlaces);
+      const int unequal = i % 4 == 0 ? 6 : 4;
+      add(1, between(20, 23), 4, between(20, 23), unequal);
+      add(2, between(36, 47), 4, between(36, 47), unequal);
+      add(3, between(80, 90), 4, between(40, 57), unequal);
     }
     return made;
   }();
-  return both[static_cast<std::size_t>(mix)];
+  return all[static_cast<std::size_t>(mix - 'A')];
 }
 
 template <class Peer>
 struct Values {
-  explicit Values(const Texts& source) : left(kPairs), right(kPairs), out(kPairs) {
+  explicit Values(const Texts& texts) : source(texts), left(kPairs), right(kPairs), out(kPairs) {
     for (std::size_t i = 0; i < kPairs; ++i) {
       Peer::init(left[i]);
       Peer::init(right[i]);
@@ -284,142 +317,110 @@ struct Values {
       Peer::parse(right[i], source.right[i].c_str());
     }
   }
+  const Texts& source;
   std::vector<typename Peer::Value> left, right, out;
+  bool less = false;
+  char text[128] = "";
 };
 
-// Runs an operation over all pairs in turn.
-template <class Peer, class Operation>
-void run(benchmark::State& state, Operation operation) {
-  static Values<Peer>* const values[2] = {new Values<Peer>(texts(0)), new Values<Peer>(texts(1))};
-  Values<Peer>& mix = *values[state.range(0)];
-  std::size_t i = 0;
-  for (auto unused : state) {
-    operation(mix, i);
-    i = (i + 1) % kPairs;
-  }
-  benchmark::DoNotOptimize(mix.out.data());
-  benchmark::ClobberMemory();
-}
-
-template <class Peer>
-void registerPeer(const std::string& name) {
-  const auto add = [&](const char* operation, auto function) {
-    benchmark::RegisterBenchmark(
-        (std::string(operation) + "/" + name).c_str(),
-        [function](benchmark::State& state) { run<Peer>(state, function); })
-        ->ArgName("mix")
-        ->Arg(0)
-        ->Arg(1);
-  };
+// Calls visit(name, operation) for what a peer is measured in; operation(values, i) runs it on
+// pair i. A product of D would saturate, and its dividends are too long for places.
+template <class Peer, class Visit>
+void forEachOperation(char mix, Visit visit) {
   using All = Values<Peer>;
-  add("add", [](All& v, std::size_t i) { Peer::add(v.out[i], v.left[i], v.right[i]); });
-  add("subtract", [](All& v, std::size_t i) { Peer::subtract(v.out[i], v.left[i], v.right[i]); });
-  add("multiply", [](All& v, std::size_t i) { Peer::multiply(v.out[i], v.left[i], v.right[i]); });
-  add("divide", [](All& v, std::size_t i) { Peer::divide(v.out[i], v.left[i], v.right[i]); });
-  add("compare",
-      [](All& v, std::size_t i) { benchmark::DoNotOptimize(Peer::less(v.left[i], v.right[i])); });
-  add("print", [](All& v, std::size_t i) {
-    char text[128];
-    Peer::print(v.left[i], text);
-    benchmark::DoNotOptimize(text[0]);
+  using Index = std::size_t;
+  visit("add", [](All& v, Index i) { Peer::add(v.out[i], v.left[i], v.right[i]); });
+  visit("subtract", [](All& v, Index i) { Peer::subtract(v.out[i], v.left[i], v.right[i]); });
+  if (mix != 'D') {
+    visit("multiply", [](All& v, Index i) { Peer::multiply(v.out[i], v.left[i], v.right[i]); });
+  }
+  visit("compare", [](All& v, Index i) {
+    benchmark::DoNotOptimize(v.less = Peer::less(v.left[i], v.right[i]));
   });
+  visit("parse", [](All& v, Index i) { Peer::parse(v.out[i], v.source.left[i].c_str()); });
+  visit("print", [](All& v, Index i) {
+    Peer::print(v.left[i], v.text);
+    benchmark::DoNotOptimize(v.text[0]);
+  });
+  if (mix != 'D') {
+    visit("divide", [](All& v, Index i) { Peer::divide(v.out[i], v.left[i], v.right[i]); });
+  }
+  if constexpr (requires { Peer::divideInteger; }) {
+    if (mix < 'C') return;
+    visit("divideint",
+          [](All& v, Index i) { Peer::divideInteger(v.out[i], v.left[i], v.right[i]); });
+  }
 }
 
-// Parsing reads the texts themselves.
+// What all operations give on all pairs, a line each. Of a quotient its first digits count, without
+// trailing zeros: one peer rounds the last place.
 template <class Peer>
-void registerParse(const std::string& name) {
-  benchmark::RegisterBenchmark(("parse/" + name).c_str(),
-                               [](benchmark::State& state) {
-                                 const Texts& source = texts(state.range(0));
-                                 run<Peer>(state, [&source](Values<Peer>& v, std::size_t i) {
-                                   Peer::parse(v.out[i], source.left[i].c_str());
-                                 });
-                               })
-      ->ArgName("mix")
-      ->Arg(0)
-      ->Arg(1);
-}
-
-// The general path at 8 to 21 limbs, scales equal, against GMP: args are the operands' limbs.
-template <class Function>
-void longOperands(benchmark::State& state, Function function) {
-  std::mt19937_64 random(21);
-  const auto make = [&](std::int64_t count) {
-    std::uint16_t limbs[Decimal::MaxDecimalValueSize];
-    for (std::uint16_t& limb : limbs) limb = static_cast<std::uint16_t>(random());
-    limbs[0] = static_cast<std::uint16_t>((limbs[0] & 0x7FFF) | 0x100);
-    return std::vector<std::uint16_t>(limbs, limbs + count);
-  };
-  constexpr std::size_t kCount = 256;
-  std::vector<Decimal> left, right, out(kCount);
-  std::vector<Gmp::Value> gmpLeft(kCount), gmpRight(kCount), gmpOut(kCount);
-  for (std::size_t i = 0; i < kCount; ++i) {
-    const auto a = make(state.range(0));
-    const auto b = make(state.range(1));
-    left.emplace_back(a.data(), static_cast<int>(a.size()), std::uint8_t{2});
-    right.emplace_back(b.data(), static_cast<int>(b.size()), std::uint8_t{2});
-    for (Gmp::Value* value : {&gmpLeft[i], &gmpRight[i], &gmpOut[i]}) Gmp::init(*value);
-    mpz_import(gmpLeft[i].digits, a.size(), 1, sizeof a[0], -1, 0, a.data());
-    mpz_import(gmpRight[i].digits, b.size(), 1, sizeof b[0], -1, 0, b.data());
-  }
-  std::size_t i = 0;
-  for (auto unused : state) {
-    function(left[i], right[i], out[i], gmpLeft[i].digits, gmpRight[i].digits, gmpOut[i].digits);
-    i = (i + 1) % kCount;
-  }
-}
-
-using Mpz = mpz_t;
-
-void registerLong() {
-  const auto add = [](const char* name, auto function, std::int64_t left, std::int64_t right) {
-    benchmark::RegisterBenchmark(
-        name, [function](benchmark::State& state) { longOperands(state, function); })
-        ->ArgNames({"limbs", "by"})
-        ->Args({left, right});
-  };
-  const auto ours = [](auto operation) {
-    return [operation](const Decimal& a, const Decimal& b, Decimal& out, Mpz&, Mpz&, Mpz&) {
-      new (&out) Decimal(operation(a, b));
-    };
-  };
-  const auto gmp = [](auto operation) {
-    return [operation](const Decimal&, const Decimal&, Decimal&, Mpz& a, Mpz& b, Mpz& out) {
-      operation(out, a, b);
-    };
-  };
-  for (const auto& [left, right] : {std::pair{8, 8}, {12, 12}, {20, 15}}) {
-    add("long-add/ours", ours([](auto& a, auto& b) { return a + b; }), left, right);
-    add("long-add/gmp", gmp([](auto& o, auto& a, auto& b) { mpz_add(o, a, b); }), left, right);
-  }
-  for (const auto& [left, right] : {std::pair{8, 8}, {10, 10}}) {
-    add("long-multiply/ours", ours([](auto& a, auto& b) { return a * b; }), left, right);
-    add("long-multiply/gmp", gmp([](auto& o, auto& a, auto& b) { mpz_mul(o, a, b); }), left, right);
-  }
-  for (const auto& [left, right] : {std::pair{16, 8}, {21, 12}}) {
-    add("long-divide/ours", ours([](auto& a, auto& b) { return a / b; }), left, right);
-    add("long-divide/gmp", gmp([](auto& o, auto& a, auto& b) { mpz_tdiv_q(o, a, b); }), left,
-        right);
-  }
+std::vector<std::string> results(char mix) {
+  Values<Peer> v(texts(mix));
+  std::vector<std::string> lines;
+  forEachOperation<Peer>(mix, [&](const std::string& name, auto operation) {
+    for (std::size_t i = 0; i < kPairs; ++i) {
+      operation(v, i);
+      char out[160];
+      Peer::print(v.out[i], out);
+      std::string line = out;
+      if (name == "divide" && line.find('.') != line.npos) {
+        line.resize(std::min<std::size_t>(line.size(), 16));
+        line.erase(line.find_last_not_of('0') + 1);
+        if (line.back() == '.') line.pop_back();
+      }
+      line += v.less ? " less " : " ";
+      lines.push_back(name + " " + line + v.text);
+    }
+  });
+  return lines;
 }
 
 template <class Peer>
-void registerAll(const std::string& name) {
-  registerPeer<Peer>(name);
-  registerParse<Peer>(name);
+bool givesOurResults(const char* name, const char* mixes) {
+  for (; *mixes != '\0'; ++mixes) {
+    const auto ours = results<Ours>(*mixes);
+    const auto theirs = results<Peer>(*mixes);
+    const auto [our, their] = std::mismatch(ours.begin(), ours.end(), theirs.begin(), theirs.end());
+    if (our == ours.end()) continue;
+    std::cerr << name << ", mix " << *mixes << ": " << *their << "\nand not " << *our << "\n";
+    return false;
+  }
+  return true;
+}
+
+template <class Peer>
+void registerPeer(const std::string& name, const char* mixes) {
+  for (; *mixes != '\0'; ++mixes) {
+    auto* const values = new Values<Peer>(texts(*mixes));
+    forEachOperation<Peer>(*mixes, [&](const std::string& operation, auto run) {
+      const auto loop = [run, values](benchmark::State& state) {
+        std::size_t i = 0;
+        for (auto unused : state) {
+          run(*values, i);
+          i = (i + 1) % kPairs;
+        }
+        benchmark::ClobberMemory();
+      };
+      benchmark::RegisterBenchmark((operation + "/" + name + "/" + *mixes).c_str(), loop);
+    });
+  }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  registerAll<Ours>("ours");
-  registerAll<Flat>("flat");
-  registerAll<Gmp>("gmp");
-  registerAll<Boost>("boost");
-  registerAll<Postgres>("postgres");
-  registerLong();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  if (!givesOurResults<Flat>("flat", "A") || !givesOurResults<Gmp>("gmp", "ABCD") ||
+      !givesOurResults<Boost>("boost", "AB") || !givesOurResults<Postgres>("postgres", "AB")) {
+    return 1;
+  }
+  registerPeer<Ours>("ours", "ABCD");
+  registerPeer<Flat>("flat", "AB");
+  registerPeer<Gmp>("gmp", "ABCD");
+  registerPeer<Boost>("boost", "AB");
+  registerPeer<Postgres>("postgres", "AB");
   benchmark::RunSpecifiedBenchmarks();
   return 0;
 }
