@@ -3,6 +3,7 @@
 #include "nomos/log.h"
 
 #include "recorder.h"
+#include "temppath.h"
 
 #include <gtest/gtest.h>
 #include <cstdlib>
@@ -14,65 +15,59 @@
 
 namespace {
 
-using nomtest::Recorder;
-namespace fs = std::filesystem;
+// What came since the last call: lines with their levels, assertions, message boxes.
+std::string take(nomtest::Recorder& recorder) {
+  std::string all;
+  for (const auto& [level, text] : recorder.takeLines()) {
+    all += std::to_string(static_cast<unsigned>(level)) + '|' + text + '\n';
+  }
+  for (const auto& [file, module, expression, kind] : recorder.takeAssertions()) {
+    all += file + '|' + module + '|' + expression + '|' + kind + '\n';
+  }
+  for (const auto& [text, title] : recorder.takeBoxes()) all += text + '|' + title + '\n';
+  return all;
+}
 
-TEST(Log, FormatsCutsAndMarksEachLine) {
-  Recorder recorder;
+TEST(Sinks, GetEveryReportFormattedAndCut) {
+  nomtest::Recorder recorder;
   nomLog("failure %I64u of %s", std::uint64_t{5000000000}, "two");
   nomInfo("%04d", 7);
   NomLog("%s", std::string(2000, 'x').c_str());
-  const std::vector<nomtest::LogLine> lines = recorder.takeLines();
-  ASSERT_EQ(lines.size(), 3u);
-  EXPECT_EQ(lines[0].text, "failure 5000000000 of two");
-  EXPECT_EQ(lines[0].level, NosLogLevel::Error);
-  EXPECT_EQ(lines[1].text, "0007");
-  EXPECT_EQ(lines[1].level, NosLogLevel::Information);
-  EXPECT_EQ(lines[2].text, std::string(1023, 'x'));
-  EXPECT_EQ(lines[2].level, NosLogLevel::Error);
-}
-
-TEST(Assertion, ReportsItsPartsAndReturns) {
-  Recorder recorder;
-  nosAssertFail("objman/common/source/decimals", "nomutil", "a > %d", kNosPrecondition);
-  const std::vector<nomtest::Assertion> assertions = recorder.takeAssertions();
-  ASSERT_EQ(assertions.size(), 1u);
-  EXPECT_EQ(assertions[0].file, "objman/common/source/decimals");
-  EXPECT_EQ(assertions[0].module, "nomutil");
-  EXPECT_EQ(assertions[0].expression, "a > %d");
-  EXPECT_EQ(assertions[0].kind, "Precondition contract violated");
-  EXPECT_TRUE(recorder.takeLines().empty());
-}
-
-TEST(Assertion, IsOneLogLineWithoutASink) {
-  Recorder recorder;
+  EXPECT_EQ(take(recorder),
+            "0|failure 5000000000 of two\n1|0007\n0|" + std::string(1023, 'x') + '\n');
+  nosAssertFail("some/file", "nomutil", "a > %d", kNosPrecondition);
+  nosMessageBox("text %d", "title");
+  EXPECT_EQ(take(recorder),
+            "some/file|nomutil|a > %d|Precondition contract violated\ntext %d|title\n");
   nosSetAssertSink(nullptr, nullptr);
+  nosSetMessageBoxSink(nullptr, nullptr);  // a test has no window to show: it must come back
   nosAssertFail("some/file", "nomos", "a != b%s", kNosAssertion, 12);
-  const std::vector<nomtest::LogLine> lines = recorder.takeLines();
-  ASSERT_EQ(lines.size(), 1u);
-  for (const char* part : {"some/file", "12", "nomos", "Assertion failed", "a != b%s"}) {
-    EXPECT_NE(lines[0].text.find(part), std::string::npos) << part;
+  nosMessageBox("text %d", "title");
+  const std::string lines = take(recorder);
+  for (const char* part : {"file", "12", "nomos", "Assertion failed", "a != b%s", "text %d"}) {
+    EXPECT_NE(lines.find(part), std::string::npos) << part << " in " << lines;
   }
 }
 
-TEST(MessageBox, GoesToItsSinkOrToTheLog) {
-  Recorder recorder;
-  nosMessageBox("text %d", "title");
-  const std::vector<nomtest::MessageBox> boxes = recorder.takeBoxes();
-  ASSERT_EQ(boxes.size(), 1u);
-  EXPECT_EQ(boxes[0].text + '|' + boxes[0].title, "text %d|title");
-  EXPECT_TRUE(recorder.takeLines().empty());
-  // A test has no window to show: without the sink it must come back, and leave a line.
-  nosSetMessageBoxSink(nullptr, nullptr);
-  nosMessageBox("text %d", "title");
-  const std::vector<nomtest::LogLine> lines = recorder.takeLines();
-  ASSERT_EQ(lines.size(), 1u);
-  EXPECT_NE(lines[0].text.find("text %d"), std::string::npos);
+TEST(Sinks, LoseNoLineOfSeveralThreads) {
+  nomtest::Recorder recorder;
+  std::vector<std::thread> threads;
+  for (unsigned i = 0; i < 4; ++i) {
+    threads.emplace_back([i] {
+      for (unsigned line = 0; line < 100; ++line) nomInfo("%u-%u", i, line);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  std::vector<unsigned> next(4);
+  for (const auto& [level, text] : recorder.takeLines()) {
+    EXPECT_EQ(text.substr(2), std::to_string(next[text[0] - '0']++)) << text;
+  }
+  EXPECT_EQ(next, std::vector<unsigned>(4, 100));
 }
 
 // What a process of its own does without a sink, since a process asks for its log file once.
-void logLines(const char* configuration) {
-  nosSetGlbIniFileName(configuration);
+void logLines(const std::string& configuration) {
+  nosSetGlbIniFileName(configuration.c_str());
   nosSetLogSink(nullptr, nullptr);
   nomLog("first line");
   nomInfo("second line");
@@ -81,38 +76,18 @@ void logLines(const char* configuration) {
 
 TEST(LogDeathTest, GoesToTheErrorStreamOrToTheConfiguredFile) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const fs::path folder = fs::temp_directory_path();
-  const fs::path configuration = folder / "nomos_log_test.ini";
-  const fs::path file = folder / "nomos_log_test.log";
-  std::ofstream(configuration) << "[NomLog]\nLogFile=" << file.string() << "\n";
-  std::ofstream(file) << "earlier\n";
-  const testing::ExitedWithCode succeeds(0);
-  EXPECT_EXIT(logLines("no such file"), succeeds, "^first line\r?\nsecond line");
-  EXPECT_EXIT(logLines(configuration.string().c_str()), succeeds, "^$");
-  std::ifstream log(file);
+  const std::string path = nomtest::tempPath("").string();
+  std::ofstream(path + ".ini") << "[NomLog]\nLogFile=" << path << "\n";
+  std::ofstream(path) << "earlier\n";
+  EXPECT_EXIT(logLines("no such file"), testing::ExitedWithCode(0), "^first line\r?\nsecond line");
+  EXPECT_EXIT(logLines(path + ".ini"), testing::ExitedWithCode(0), "^$");
   std::string lines;
+  std::ifstream log(path);
   for (std::string line; std::getline(log, line);) lines += line.substr(0, line.find('\r')) + '|';
   EXPECT_EQ(lines, "earlier|first line|second line|");
   log.close();
-  fs::remove(file);
-  fs::remove(configuration);
-}
-
-TEST(Log, LosesNoLineOfSeveralThreads) {
-  Recorder recorder;
-  std::vector<std::thread> threads;
-  for (unsigned i = 0; i < 4; ++i) {
-    threads.emplace_back([i] {
-      for (unsigned line = 0; line < 100; ++line) nomInfo("%u-%u", i, line);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  std::vector<unsigned> next(4, 0);
-  for (const nomtest::LogLine& line : recorder.takeLines()) {
-    const auto thread = static_cast<unsigned>(line.text[0] - '0');
-    EXPECT_EQ(line.text, std::to_string(thread) + "-" + std::to_string(next[thread]++));
-  }
-  EXPECT_EQ(next, std::vector<unsigned>(4, 100));
+  std::filesystem::remove(path);
+  std::filesystem::remove(path + ".ini");
 }
 
 }  // namespace

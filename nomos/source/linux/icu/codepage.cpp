@@ -7,6 +7,7 @@
 #include <unicode/ucnv.h>
 #include <cstdio>
 #include <memory>
+#include <utility>
 
 using nomos::platform::CodePage;
 
@@ -16,17 +17,20 @@ struct CloseConverter {
   void operator()(UConverter* converter) const { ucnv_close(converter); }
 };
 
-// ICU's name of a Windows code page number.
-void nameOf(unsigned number, char (&name)[24]) {
-  if (number >= 28591 && number <= 28606) {
-    std::snprintf(name, sizeof name, "iso-8859-%u", number - 28590);
-  } else if (number == 20866) {
-    std::snprintf(name, sizeof name, "KOI8-R");
-  } else if (number == 21866) {
-    std::snprintf(name, sizeof name, "KOI8-U");
-  } else {
-    std::snprintf(name, sizeof name, "windows-%u", number);
-  }
+using Converter = std::unique_ptr<UConverter, CloseConverter>;
+
+Converter open(const char* form, unsigned number) {
+  char name[24];
+  std::snprintf(name, sizeof name, form, number);
+  UErrorCode status = U_ZERO_ERROR;
+  return Converter(ucnv_open(name, &status));  // null for a name that ICU does not know
+}
+
+// The converter of a Windows code page number. Where both names exist (874), the first is right.
+Converter openPage(unsigned number) {
+  if (number >= 28591 && number <= 28606) return open("iso-8859-%u", number - 28590);
+  Converter converter = open("windows-%u", number);
+  return converter != nullptr ? std::move(converter) : open("cp%u", number);
 }
 
 std::uint8_t classesOf(UChar32 character) {
@@ -41,17 +45,14 @@ std::uint8_t classesOf(UChar32 character) {
 
 extern "C" __attribute__((visibility("default"))) bool nomosIcuLoadCodePage(unsigned number,
                                                                             CodePage* table) {
-  char name[24];
-  nameOf(number, name);
-  UErrorCode status = U_ZERO_ERROR;
-  const std::unique_ptr<UConverter, CloseConverter> converter(ucnv_open(name, &status));
-  if (U_FAILURE(status) || ucnv_getMaxCharSize(converter.get()) != 1) return false;
+  const Converter converter = openPage(number);
+  if (converter == nullptr || ucnv_getMaxCharSize(converter.get()) != 1) return false;
 
   table->number = number;
   for (unsigned byte = 0; byte < 256; ++byte) {
     const char source = static_cast<char>(byte);
     UChar text[4];
-    status = U_ZERO_ERROR;
+    UErrorCode status = U_ZERO_ERROR;
     const int32_t length = ucnv_toUChars(converter.get(), text, 4, &source, 1, &status);
     const bool known = U_SUCCESS(status) && length == 1 && text[0] != 0xFFFD;
     table->character[byte] = known ? text[0] : 0xFFFFFFFF;
