@@ -4,19 +4,10 @@
 // divides by more than ten. The fast paths are checked against the general ones limb for limb.
 #include "decimals/access.h"
 #include "decimalshow.h"
-#include "recorder.h"
-#include "sys/decimals.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -233,11 +224,7 @@ std::string describe(const Decimal& a, const Decimal& b, int step) {
 }
 
 std::string order(const Decimal& a, const Decimal& b) {
-  std::string all;
-  if (a < b) all += "<";
-  if (a > b) all += ">";
-  if (a == b) all += "=";
-  return all;
+  return std::string(a < b ? "<" : "") + (a > b ? ">" : "") + (a == b ? "=" : "");
 }
 
 // Unlike signs decide before the places are aligned, which may fail.

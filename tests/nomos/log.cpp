@@ -60,7 +60,8 @@ TEST(Sinks, LoseNoLineOfSeveralThreads) {
   for (std::thread& thread : threads) thread.join();
   std::vector<unsigned> next(4);
   for (const auto& [level, text] : recorder.takeLines()) {
-    EXPECT_EQ(text.substr(2), std::to_string(next[text[0] - '0']++)) << text;
+    EXPECT_EQ(text.substr(2), std::to_string(next.at(static_cast<unsigned>(text[0] - '0'))++))
+        << text;
   }
   EXPECT_EQ(next, std::vector<unsigned>(4, 100));
 }
