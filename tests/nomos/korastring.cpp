@@ -78,7 +78,7 @@ TEST(KoraString, StaysAsItWasOverItsMaximumAndWithoutMemory) {
   KoraUtf8String unlimited = utf8("abc");
   const std::tuple<KoraBytes*, std::uint32_t, int> rows[] = {
       {&text, 10, 1035},  {&binary, 10, 1091}, {&utf, 10, 1124},
-      {&held, 300, 3018}, {&local, 300, 3018}, {&unlimited, 300, 3018}};
+      {&held, 300, 1448}, {&local, 300, 1448}, {&unlimited, 300, 1448}};
   for (const auto& [string, length, expected] : rows) {
     for (unsigned operation = 0; operation < 4; ++operation) {
       nosFailAllocation(1);

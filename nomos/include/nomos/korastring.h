@@ -9,7 +9,7 @@
 //       20     4  maximum length; 0xFFFFFFFF is no limit
 //       24     4  characters, in KoraUtf8String alone
 //
-// An operation that fails throws a NomException and leaves the object as it was: 3018 when the heap
+// An operation that fails throws a NomException and leaves the object as it was: 1448 when the heap
 // is exhausted; over the maximum 1035 (characters), 1091 (bytes) or 1124 (UTF-8). An object belongs
 // to one thread at a time.
 #ifndef NOMOS_KORASTRING_H
@@ -21,6 +21,15 @@
 #include <cstdint>
 
 inline constexpr std::uint32_t kKoraNoMaximum = 0xFFFFFFFF;
+
+// A UTF-8 text that somebody else owns. A charLength of 0 says that nobody has counted.
+struct StringUtf8Info {
+  unsigned char* data;
+  std::uint32_t byteLength;
+  std::uint32_t charLength;
+  std::uint32_t maximum;  // bytes; of a string that is described, not of one that is set from it
+};
+static_assert(sizeof(StringUtf8Info) == 24);
 
 // What all of them share: their text as plain bytes, whatever they stand for.
 class NOMOS_API KoraBytes {
@@ -39,6 +48,12 @@ class NOMOS_API KoraBytes {
   void setBytes(const void* source, std::uint32_t byteCount);
   void appendBytes(const void* source, std::uint32_t byteCount);
   void resizeBytes(std::uint32_t byteCount);
+
+  // The same for one that knows not what it holds: a KoraUtf8String counts characters, any other
+  // takes each byte for one and the charLength of a source for nothing.
+  virtual std::uint32_t characters() const noexcept { return _length; }
+  virtual void setUtf8(const StringUtf8Info& source);
+  virtual void appendUtf8(const StringUtf8Info& source);
 
  protected:
   static constexpr std::uint32_t kHeaderSize = 8;
@@ -127,15 +142,6 @@ extern template class KoraString<unsigned char>;
 static_assert(sizeof(KoraString<char>) == 24);
 static_assert(sizeof(KoraString<unsigned char>) == 24);
 
-// A UTF-8 text that somebody else owns. A charLength of 0 says that nobody has counted.
-struct StringUtf8Info {
-  unsigned char* data;
-  std::uint32_t byteLength;
-  std::uint32_t charLength;
-  std::uint32_t maximum;  // bytes; of a string that is described, not of one that is set from it
-};
-static_assert(sizeof(StringUtf8Info) == 24);
-
 // Counts its characters where the caller does not: those before the first malformed sequence.
 // Length and maximum are in bytes.
 class NOMOS_API KoraUtf8String : public KoraBytes {
@@ -150,10 +156,14 @@ class NOMOS_API KoraUtf8String : public KoraBytes {
 
   unsigned char* data() noexcept { return static_cast<unsigned char*>(bytes()); }
   const unsigned char* data() const noexcept { return static_cast<const unsigned char*>(bytes()); }
-  std::uint32_t characters() const noexcept { return _characters; }
+  std::uint32_t characters() const noexcept override { return _characters; }
 
   void set(const StringUtf8Info& info);
   void append(const unsigned char* source, std::uint32_t byteLength, std::uint32_t charLength = 0);
+  void setUtf8(const StringUtf8Info& source) override { set(source); }
+  void appendUtf8(const StringUtf8Info& source) override {
+    append(source.data, source.byteLength, source.charLength);
+  }
   void resize(std::uint32_t byteLength);  // counts again
   void clear() noexcept;
 

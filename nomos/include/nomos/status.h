@@ -7,6 +7,6 @@ inline constexpr int kNosInvalidParameterValue = 1002;
 inline constexpr int kNosStringTooLong = 1035;
 inline constexpr int kNosBinaryTooLong = 1091;
 inline constexpr int kNosStringUtf8TooLong = 1124;
-inline constexpr int kNosMemoryAllocationFailed = 3018;
+inline constexpr int kNosMemoryAllocationFailed = 1448;
 
 #endif  // NOMOS_STATUS_H

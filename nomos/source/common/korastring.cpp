@@ -125,6 +125,14 @@ void KoraBytes::resizeBytes(std::uint32_t byteCount) {
   _setLength(byteCount);
 }
 
+void KoraBytes::setUtf8(const StringUtf8Info& source) {
+  setBytes(source.data, source.byteLength);
+}
+
+void KoraBytes::appendUtf8(const StringUtf8Info& source) {
+  appendBytes(source.data, source.byteLength);
+}
+
 void KoraBytes::_take(KoraBytes& source) {
   if (&source == this) return;
   if (source._block().isOnHeap == 0) {

@@ -30,7 +30,7 @@ static_assert(kNosInvalidParameterValue == kInvalidParameterValue);
 static_assert(kNosStringTooLong == kStringTooLong);
 static_assert(kNosBinaryTooLong == kBinaryTooLong);
 static_assert(kNosStringUtf8TooLong == kStringUtf8TooLong);
-static_assert(kNosMemoryAllocationFailed == kDatabaseMemoryAllocationFailed);
+static_assert(kNosMemoryAllocationFailed == kMemoryAllocationFailed);
 
 constexpr NosMessageIndex kIndex(kRows);
 

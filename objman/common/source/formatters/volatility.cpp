@@ -1,0 +1,20 @@
+// The names of volatilities: a database's value is the object's plus one, 0 is transparent.
+
+#include "sys/formatters.h"
+
+const char* decodeVolatility(ObjectVolatility volatility) {
+  switch (volatility) {
+    case kVolatile:
+      return "Volatile";
+    case kFrozen:
+      return "Frozen";
+    case kStable:
+      return "Stable";
+  }
+  return "Unknown";
+}
+
+const char* decodeDbVolatility(DbObjectVolatility volatility) {
+  if (volatility == kDbTransparent) return "Transparent";
+  return decodeVolatility(static_cast<ObjectVolatility>(volatility - 1));
+}
