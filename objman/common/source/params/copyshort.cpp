@@ -80,30 +80,71 @@ int copyText(ShortDskParam* target, const ShortDskParam* source, Kind kind) {
   }
 }
 
-// Header and value, which may be the same record's. Constant sizes become plain loads and stores.
-template <std::size_t kSize>
-int copyRecord(ShortDskParam* target, const ShortDskParam* source) {
-  std::memmove(bytesOf(target), bytesOf(source), kHeaderSize);
-  std::memmove(valueOf(target), valueOf(source), kSize);
-  return kNoError;
+// The size of a value that is copied with its header and nothing else to be done, 0 for others. Of
+// an inline string the beginning is copied that a short parameter has room for.
+constexpr auto kPlainSizes = columnOf([](const FormatRow& row) -> std::uint8_t {
+  switch (row.kind) {
+    case Kind::Integer:
+    case Kind::Character:
+    case Kind::Fixed:
+    case Kind::Any:
+    case Kind::Null:
+      return static_cast<std::uint8_t>(row.info.valueSize);
+    case Kind::InlineString:
+      return 28;
+    default:
+      return 0;
+  }
+});
+
+// Copies kSize of the bytes that are left if size has that bit. Constant sizes become plain loads
+// and stores, and a value is read in the pieces in which it was written.
+template <unsigned kSize>
+void copyPiece(unsigned char*& to, const unsigned char*& from, unsigned size) {
+  if ((size & kSize) == 0) return;
+  std::memmove(to, from, kSize);
+  to += kSize;
+  from += kSize;
 }
 
-int copyFixed(ShortDskParam* target, const ShortDskParam* source, unsigned size) {
-  switch (size) {
-    case 1:
-      return copyRecord<1>(target, source);
-    case 4:
-      return copyRecord<4>(target, source);
-    case 8:
-      return copyRecord<8>(target, source);
-    case 12:
-      return copyRecord<12>(target, source);
-    case 16:
-      return copyRecord<16>(target, source);
-    default:
-      // An object identifier.
-      return copyRecord<22>(target, source);
+// A header and the size bytes of value behind it, which may be the same record's.
+void copyPlain(ShortDskParam* target, const ShortDskParam* source, unsigned size) {
+  std::memmove(bytesOf(target), bytesOf(source), kHeaderSize);
+  unsigned char* to = valueOf(target);
+  const unsigned char* from = valueOf(source);
+  static_assert(sizeof ShortDskParam::value == 32);
+  if ((size & 32) != 0) {
+    copyPiece<16>(to, from, 16);
+    copyPiece<16>(to, from, 16);
   }
+  copyPiece<16>(to, from, size);
+  copyPiece<8>(to, from, size);
+  copyPiece<4>(to, from, size);
+  copyPiece<2>(to, from, size);
+  copyPiece<1>(to, from, size);
+}
+
+// What is not plain.
+[[gnu::noinline]] int copyOther(ShortDskParam* target, const ShortDskParam* source,
+                                PFormat format) {
+  switch (const Kind kind = kindOfFormat(format)) {
+    case Kind::CString:
+    case Kind::StringBlock:
+    case Kind::HeldString:
+    case Kind::BinaryBlock:
+    case Kind::HeldBinary:
+    case Kind::Utf8Block:
+    case Kind::HeldUtf8:
+      return copyText(target, source, kind);
+    case Kind::None:
+      if (format == 0 || format >= kFormatCount) break;
+      [[fallthrough]];
+    default:
+      // A format up to 57 that cannot be copied leaves its header behind.
+      std::memmove(bytesOf(target), bytesOf(source), kHeaderSize);
+      break;
+  }
+  return refuseFormat("paramcpy", format);
 }
 
 }  // namespace
@@ -114,35 +155,8 @@ using namespace nomutil::params;
 int paramcpy(ShortDskParam* target, const ShortDskParam* source) {
   if (target == nullptr || source == nullptr) return kInvalidParameterType;
   const PFormat format = formatOf(source);
-  const FormatRow& row = formatRow(format);
-  switch (row.kind) {
-    case Kind::Integer:
-    case Kind::Character:
-    case Kind::Fixed:
-      return copyFixed(target, source, row.info.valueSize);
-    case Kind::CString:
-    case Kind::StringBlock:
-    case Kind::HeldString:
-    case Kind::BinaryBlock:
-    case Kind::HeldBinary:
-    case Kind::Utf8Block:
-    case Kind::HeldUtf8:
-      return copyText(target, source, row.kind);
-    case Kind::InlineString:
-      // The beginning that fits, 24 of its characters.
-      return copyRecord<28>(target, source);
-    case Kind::Any:
-      return copyRecord<sizeof(DskHandlerValue)>(target, source);
-    case Kind::Null:
-      return copyRecord<sizeof ShortDskParam::value>(target, source);
-    case Kind::InlineBinary:
-    case Kind::Rendered:
-    case Kind::None:
-      break;
-  }
-  // A refused format leaves its header behind, but for a number beyond them all, and 0.
-  if (format != 0 && format < kFormatCount) {
-    std::memmove(bytesOf(target), bytesOf(source), kHeaderSize);
-  }
-  return refuseFormat("paramcpy", format);
+  const unsigned size = format < kFormatCount ? kPlainSizes[format] : 0;
+  if (size == 0) return copyOther(target, source, format);
+  copyPlain(target, source, size);
+  return kNoError;
 }

@@ -55,7 +55,7 @@ PFormat formatOf(const A* parameter) {
 }
 template <class A>
 Kind kindOf(const A* parameter) {
-  return formatRow(formatOf(parameter)).kind;
+  return kindOfFormat(formatOf(parameter));
 }
 
 inline void storeFormat(DskParam* parameter, PFormat format) {
