@@ -55,8 +55,14 @@ class NOMOS_API KoraBytes {
   virtual void setUtf8(const StringUtf8Info& source);
   virtual void appendUtf8(const StringUtf8Info& source);
 
+  // Empties the string and gives it memory of byteCount bytes for texts of up to
+  // byteCount - kTextOverhead elements; a longer text goes to the heap. REQUIRES: memory is aligned
+  // to 4 and lives until the string is destroyed; byteCount is at least kTextOverhead.
+  void useMemory(void* memory, std::uint32_t byteCount) noexcept;
+  static constexpr std::uint32_t kTextOverhead = 9;
+
  protected:
-  static constexpr std::uint32_t kHeaderSize = 8;
+  static constexpr std::uint32_t kHeaderSize = kTextOverhead - 1;
 
   explicit KoraBytes(std::uint32_t maximum) noexcept;
   KoraBytes(const KoraBytes&) = delete;

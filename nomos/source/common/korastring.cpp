@@ -133,6 +133,10 @@ void KoraBytes::appendUtf8(const StringUtf8Info& source) {
   appendBytes(source.data, source.byteLength);
 }
 
+void KoraBytes::useMemory(void* memory, std::uint32_t byteCount) noexcept {
+  _restart(static_cast<char*>(memory), byteCount - kHeaderSize);
+}
+
 void KoraBytes::_take(KoraBytes& source) {
   if (&source == this) return;
   if (source._block().isOnHeap == 0) {

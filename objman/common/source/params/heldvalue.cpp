@@ -11,7 +11,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <new>
 
 namespace nomutil::params {
 namespace {
@@ -19,23 +18,33 @@ namespace {
 int initialise(DskParam* parameter, PFormat format, PUsage usage, KoraBytes* held) {
   const DskParamHeader header(format, usage, 0);
   std::memcpy(bytesOf(parameter), &header, offsetof(DskParamHeader, carried));
-  store(parameter, DskHandlerValue{koraDataHandler, held, parameter});
+  store<DskDataHandler>(parameter, koraDataHandler, offsetof(DskHandlerValue, handler));
+  store(parameter, held, kItemOffset);
+  store(parameter, parameter, kSelfOffset);
   return kNoError;
 }
 
-// A parameter that holds a new object. Without memory for the object or its text it holds none.
-template <class Held, class... Arguments>
-int create(DskParam* parameter, PFormat format, PUsage usage, const Arguments&... arguments) {
+// A parameter that holds a new object with a copy of the text. Without memory for it, it holds
+// none.
+template <class Held>
+int create(DskParam* parameter, PFormat format, PUsage usage, const StringUtf8Info& text,
+           std::uint32_t maximum) {
   if (parameter == nullptr) return kInvalidParameterType;
-  Held* held = nullptr;
+  Held* held = newHeld<Held>(maximum, text.byteLength);
   try {
-    held = newHeld<Held>(arguments...);
+    if (held != nullptr) held->setUtf8(text);
   } catch (const NomException& failure) {
-    if (failure.number() != kMemoryAllocationFailed) return failure.number();
-  } catch (const std::bad_alloc&) {
+    deleteHeld(held);
     held = nullptr;
+    if (failure.number() != kMemoryAllocationFailed) return failure.number();
   }
   return initialise(parameter, format, usage, held);
+}
+
+template <class T>
+StringUtf8Info textOf(const T* elements, std::uint32_t length) {
+  auto* const data = const_cast<T*>(elements);
+  return {reinterpret_cast<unsigned char*>(data), length, 0, 0};
 }
 
 int adopt(DskParam* parameter, PFormat format, PUsage usage, KoraBytes* held) {
@@ -64,12 +73,14 @@ using namespace nomutil::params;
 
 int paramCreateKoraString(DskParam* parameter, const char* characters, std::uint32_t length,
                           std::uint32_t maximum, PUsage usage) {
-  return create<KoraString<char>>(parameter, DSKKORASTRING, usage, characters, length, maximum);
+  return create<KoraString<char>>(parameter, DSKKORASTRING, usage, textOf(characters, length),
+                                  maximum);
 }
 
 int paramCreateKoraBinary(DskParam* parameter, const unsigned char* bytes, std::uint32_t length,
                           std::uint32_t maximum, PUsage usage) {
-  return create<KoraString<unsigned char>>(parameter, DSKKORABINARY, usage, bytes, length, maximum);
+  return create<KoraString<unsigned char>>(parameter, DSKKORABINARY, usage, textOf(bytes, length),
+                                           maximum);
 }
 
 int paramCreateKoraStringUtf8(DskParam* parameter, const StringUtf8Info* text,

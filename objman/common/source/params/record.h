@@ -81,6 +81,17 @@ StringUtf8Info loadUtf8Block(const A* parameter) {
   return block;
 }
 
+constexpr bool isString(Kind kind) {
+  return kind == Kind::CString || kind == Kind::InlineString || kind == Kind::StringBlock ||
+         kind == Kind::HeldString;
+}
+constexpr bool isBinary(Kind kind) {
+  return kind == Kind::InlineBinary || kind == Kind::BinaryBlock || kind == Kind::HeldBinary;
+}
+constexpr bool isUtf8(Kind kind) {
+  return kind == Kind::Utf8Block || kind == Kind::HeldUtf8;
+}
+
 // The length and the place of an inline value.
 inline std::uint32_t inlineLength(const DskParam* parameter) {
   return load<std::uint16_t>(parameter);
