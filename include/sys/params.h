@@ -17,9 +17,9 @@
 //
 // Functions that return int return a status, 0 for success. 1000 (a format that the operation does
 // not handle) comes with a log line that names the operation; a null parameter gives 1000 without
-// one. On failure nothing is written but where a function says so. Nothing throws. A parameter
-// belongs to one thread at a time; any number of threads may read one whose value is inline or in
-// a block.
+// one, a handler parameter whose handler is null too. On failure nothing is written but where a
+// function says so. Nothing throws. A parameter belongs to one thread at a time; any number of
+// threads may read one whose value is inline or in a block.
 #ifndef NOMUTIL_SYS_PARAMS_H
 #define NOMUTIL_SYS_PARAMS_H
 
@@ -121,7 +121,7 @@ struct DskParam;
 
 struct ShortDskParam : DskParamRecord<32> {
   using DskParamRecord::DskParamRecord;
-  ShortDskParam() = default;
+  ShortDskParam() {}
 
   // Every byte 0, a format that no operation accepts.
   static ShortDskParam allZero();
@@ -135,7 +135,7 @@ struct ShortDskParam : DskParamRecord<32> {
 
 struct DskParam : DskParamRecord<520> {
   using DskParamRecord::DskParamRecord;
-  DskParam() = default;
+  DskParam() {}
   explicit DskParam(const ShortDskParam& source) { *this = source; }
 
   // Takes the 40 bytes of the source and keeps those behind them.
@@ -372,8 +372,61 @@ NOMUTIL_API int paramCharactersLen(const DskParam* parameter, unsigned* length);
 // offset.
 NOMUTIL_API int paramBytesPtr(const DskParam* parameter, unsigned char** bytes);
 
+// ---- Comparison ----
+// The flag is false unless both sides are known to agree. A null pointer gives 1000.
+
+// Whether two values are equal. Values of one family are equal across its ways of being kept, byte
+// by byte; a date equals the timestamp of its midnight; the two reals compare as doubles, and a NaN
+// equals nothing; a decimal equals one of another scale; object identifiers compare by
+// oidsAreEqual; of timestamps with an offset only the timestamps count. Other pairs of formats are
+// unequal. A DSKNULL equals the empty or zero value of the other side. A block with an offset
+// equals only a block with the same offset and content. Returns 1000 for a left side of another
+// format, of 5 and 24, and for two DSKNULL.
+NOMUTIL_API int paramsAreEqual(const DskParam* left, const DskParam* right, bool* equal);
+
+// Whether two formats agree: the same number, a DSKNULL or DSKANY on either side, or the same
+// family. An integer does not agree with an Integer64, nor a string with UTF-8. Returns 0.
+NOMUTIL_API int paramsAreCompatible(const DskParam* left, const DskParam* right, bool* compatible);
+
+// Equality within one family. 1000 for a left side of another, 1002 for a left block with an
+// offset; a right side like these is unequal.
+NOMUTIL_API int stringParamEqualTo(const DskParam* left, const DskParam* right, bool* equal);
+NOMUTIL_API int binaryParamEqualTo(const DskParam* left, const DskParam* right, bool* equal);
+NOMUTIL_API int stringUtf8ParamEqualTo(const DskParam* left, const DskParam* right, bool* equal);
+
+// ---- Text ----
+
+// Renders a value for people into size bytes, always with a NUL; a size of 0 writes nothing. A
+// text that is longer than the buffer is cut, and ends in "..." when it is by more than its NUL
+// and size is at least 5. Binaries are pairs of hexadecimal digits with a blank behind each. A
+// block is shown from its pointer and offset on. UTF-8 becomes characters of the code page; the
+// status of the conversion (1002, 1035) is returned, and the text is then unspecified. Formats 0,
+// 5 and 36 give 1000.
+NOMUTIL_API int paramToString(const DskParam* parameter, char* text, unsigned size);
+
+// ---- Binary image ----
+// Formats 2 and 11 take a DskParam, also where a ShortDskParam is written.
+
+// Makes target a binary block that looks at the bytes of source, valid while source lives and is
+// unchanged. A decimal's image is 14 bytes; of 14 and 34 it is the block without its offset.
+// Formats 5, 11, 15, 20, 24, 25, 36, 44, 45, 46, 48 and 49 give 1000.
+NOMUTIL_API int paramAsBinary(ShortDskParam* target, const ShortDskParam* source);
+
+// Builds a value of the target's format from a binary (11, 33, 34: that one from its offset on).
+// 1002 for a length that the format does not have; one of 0 changes nothing. 1 and 14 become a new
+// held string, 11 and 34 a new held binary, 51 a new held UTF-8 string, of usage 2; 25, 33 and 54
+// are set through their handler, 54 after its bytes are verified. 20, 24 and 36 give 1000.
+// REQUIRES: for format 21, whose length is not tested, 8 readable bytes.
+NOMUTIL_API int paramFromBinary(ShortDskParam* target, const ShortDskParam* source);
+
+// Makes target the negative of source, with its header: formats 4 and 42 (the most negative value
+// stays), 19 (1002 when it is not valid or not to be stored), 20 and 21 (the sign bit). Any other
+// gives 1000 after the header has been copied.
+NOMUTIL_API int paramNegateValue(ShortDskParam* target, const ShortDskParam* source);
+
 // ---- Held strings and binaries ----
 
+// clang-format off
 // The data handler of the library. The held object lies on XHeap::library() and belongs to the
 // parameter until a release code runs; it is created by the first operation that needs one, and
 // while the heap has nothing for it, it counts as empty. The codes are for characters from 16, for
@@ -390,16 +443,20 @@ NOMUTIL_API int paramBytesPtr(const DskParam* parameter, unsigned char** bytes);
 //   23 38     append [n] elements from [d]
 //   24 39     [d] = the text, [n] = its length
 //   64        [d] [b] [k] [m] = the text, its lengths, its maximum in bytes
-//   65        copy to [d] and set [b] and [k]; if [n] is less than the length, 1035 and [b] = [k] =
-//   0 66        set to [b] bytes from [d] that are [k] characters 67        resize to [n] bytes,
-//   the characters stay as counted; 0 clears 69        [n] = length in characters 70        [n] =
-//   maximum length in characters: a quarter of that in bytes, or 0xFFFFFFFF 71        append [b]
-//   bytes from [d] that are [k] characters 25 40 72  release
+//   65        copy to [d], set [b] and [k]; with [n] below the length 1035, and [b] and [k] are 0
+//   66        set to [b] bytes from [d], [k] characters
+//   67        resize to [n] bytes; the characters stay as counted, but for [n] of 0, which clears
+//   69        [n] = length in characters
+//   70        [n] = maximum length in characters: a quarter of that in bytes, or 0xFFFFFFFF
+//   71        append [b] bytes from [d], [k] characters
+//   25 40 72  release
 //
 // A code is not compared with the kind of the held object: an operation on characters takes a
 // binary as characters. Returns 1000 for another format than 5, 25, 33 and 54 and for a DSKANY
 // that holds an object, 1002 for another code, and what the string reports when it cannot take a
 // text (1035, 1091, 1124, 1448), which is then as before.
+// REQUIRES: parameter is not null.
+// clang-format on
 NOMUTIL_API int koraDataHandler(std::uint8_t code, DskParam* parameter, void* argument,
                                 std::uint32_t* count);
 
@@ -432,6 +489,7 @@ NOMUTIL_API int paramDeleteKoraStringUtf8(DskParam* parameter);
 NOMUTIL_API int paramDeleteKoraAny(DskParam* parameter);
 
 // Stores the held characters' place in result->data. Takes the value area, not the parameter.
+// REQUIRES: value and its handler are not null.
 NOMUTIL_API int koraGetString(const DskHandlerValue* value, StringUtf8Info* result);
 // Sets the held characters.
 NOMUTIL_API int koraSetString(DskParam* parameter, const char* characters, std::uint32_t length);

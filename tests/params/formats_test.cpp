@@ -3,7 +3,6 @@
 // v TimestampInterval, o TimestampOffset, and a point for none.
 
 #include "exactparam.h"
-#include "sys/formatters.h"
 
 #include <new>
 
@@ -94,16 +93,6 @@ TEST(TypeTable, GivesEveryPairItsResult) {
           << operation;
     }
   }
-}
-
-TEST(Volatility, OfTheDatabaseIsOneHigher) {
-  std::string names = decodeDbVolatility(kDbTransparent);
-  for (unsigned value = 0; value <= 260; ++value) {
-    const std::string name = decodeVolatility(static_cast<ObjectVolatility>(value));
-    EXPECT_EQ(decodeDbVolatility(static_cast<DbObjectVolatility>(value + 1)), name) << value;
-    if (name != "Unknown") names += " " + std::to_string(value) + name;
-  }
-  EXPECT_EQ(names, "Transparent 0Volatile 4Frozen 8Stable");
 }
 
 static_assert(!std::is_convertible_v<DskParam*, ShortDskParam*>);
