@@ -9,6 +9,11 @@ namespace {
 
 using namespace nomtest;
 
+// A text, or the bytes of a stored record behind a '#'.
+Decimal read(const std::string& text) {
+  return text[0] == '#' ? Decimal(recordOf(text.substr(1))) : dec(text);
+}
+
 TEST(DskDecimal, HasTheseBytes) {
   const auto matches = [](const Row& row) {
     const DskDecimal expected = recordOf(row[1] + "00005A5A");
@@ -26,9 +31,8 @@ TEST(DskDecimal, HasTheseBytes) {
 
 TEST(DskDecimal, StoresWithinTheBoundsAndRoundsPlacesAway) {
   const auto store = [](const Row& row) {
-    const bool isRecord = row[0][0] == '#';
-    const Decimal value = isRecord ? Decimal(recordOf(row[0].substr(1))) : dec(row[0]);
-    return outcome([&](auto& out) { return value.decimalToDskDecimal(out, byteOf(row[1])); });
+    return outcome(
+        [&](auto& out) { return read(row[0]).decimalToDskDecimal(out, byteOf(row[1])); });
   };
   Recorder recorder;
   // A record is stored as it was loaded. Bytes limit, not digits: 2^79 is 604462909807314587353088.
@@ -44,7 +48,7 @@ TEST(DskDecimal, StoresWithinTheBoundsAndRoundsPlacesAway) {
       -60446290980731458735308.8 255 -60446290980731458735308.8   70{22}.55 255 untouched
       12345.12345678901234567890123 255 12345.12345678901234568   1 250 untouched
       10{100} 255 untouched   -10{96} 255 untouched   #FFFF 255 untouched
-      #040100000500 255 0.5(redundant))");
+      #040100000500 255 0.5(redundant)   #0E010{24}0500 255 1)");
 }
 
 TEST(DskDecimal, LoadsWhatTheHeaderAllows) {
@@ -122,7 +126,7 @@ TEST(DecimalToOle, GivesSignAnd96Bits) {
 template <class T>
 std::string extract(const std::string& text, bool (Decimal::*get)(T&) const) {
   T out = 77;
-  const bool fits = (dec(text).*get)(out);
+  const bool fits = (read(text).*get)(out);
   return fits ? std::to_string(out) : out == 77 ? "no" : "touched";
 }
 
@@ -133,7 +137,8 @@ TEST(DecimalToInteger, TestsTheBoundsWithTheFraction) {
            extract<std::int64_t>(row[0], &Decimal::getInt64Value) + "," +
            extract<std::uint64_t>(row[0], &Decimal::getUInt64Value);
   };
-  // As 32 bits, signed and not, and as 64. A bound that cannot be given 99 places is not exceeded.
+  // As 32 bits, signed and not, and as 64. Neither places that no bound could be given nor
+  // redundant limbs mislead.
   expectRows(2, extractAll, R"(
       0.99 0,0,0,0   -0.99 0,0,0,0   -7.9 -7,0,-7,0   0.1{99} 0,0,0,0   10{100} no,no,no,no
       -10{96} no,0,no,0   -2147483648 -2147483648,0,-2147483648,0
@@ -144,7 +149,9 @@ TEST(DecimalToInteger, TestsTheBoundsWithTheFraction) {
       9223372036854775807 no,no,9223372036854775807,9223372036854775807
       9223372036854775807.1 no,no,no,9223372036854775807
       -9223372036854775808 no,0,-9223372036854775808,0
-      18446744073709551615 no,no,no,18446744073709551615)");
+      18446744073709551615 no,no,no,18446744073709551615   -10{20}.0{72} no,0,no,0
+      -10{10}.0{82} no,0,-10000000000,0   -0.50{96} 0,0,0,0   #0A000{16}0500 5,5,5,5
+      #0A00FFFFFFFFFFFFFFFFFBFF -5,0,-5,0   2147483647.0{82}1 no,2147483647,2147483647,2147483647)");
 }
 
 TEST(DecimalToInteger, WithoutRangeTestKeepsTheLow64BitsOfTheIntegerPartOrOfTheLimbs) {

@@ -7,7 +7,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <random>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -78,10 +82,13 @@ Integer cut(const Integer& value, unsigned places) {
   return negative(value) ? negation(result) : result;
 }
 
-Integer tenTo(unsigned power) {
-  Integer result{1};
-  while (power-- > 0) result = product(Integer{10}, result);
-  return result;
+const Integer& tenTo(unsigned power) {
+  static const auto powers = [] {
+    std::vector<Integer> table{{1}};
+    while (table.size() <= 101) table.push_back(product(Integer{10}, table.back()));
+    return table;
+  }();
+  return powers.at(power);
 }
 
 // The fewest limbs that hold the value.
@@ -114,13 +121,20 @@ Model modelOf(const Decimal& value) {
   return model;
 }
 
-// What a Decimal must show of the model: of more than 21 limbs the low ones are kept.
+// Whether a Decimal is what the model says: of more than 21 limbs the low ones are kept.
+bool operator==(const Decimal& value, const Model& model) {
+  const std::size_t count = std::min<std::size_t>(limbCount(model.digits), 21);
+  return value.isvalid() && value.getScaleFactor() == model.places && value.getLength() == count &&
+         std::equal(value.getValue(), value.getValue() + count,
+                    model.digits.rend() - static_cast<std::ptrdiff_t>(count));
+}
+
 std::string show(const Model& model) {
-  std::size_t count = limbCount(model.digits);
-  if (count > 21) count = 21;
-  return nomtest::showLimbs(
-      {model.digits.rend() - static_cast<std::ptrdiff_t>(count), model.digits.rend()},
-      model.places);
+  return nomtest::showLimbs({model.digits.rbegin(), model.digits.rend()}, model.places);
+}
+
+void expectIs(const Decimal& value, const Model& model, const char* what) {
+  EXPECT_TRUE(value == model) << what << ": " << show(value) << " and not " << show(model);
 }
 
 // Raises a value by ten to the power n as the limb counts allow: a negative one by a product that
@@ -218,9 +232,18 @@ class Source {
   std::mt19937_64 _next{kSeed};
 };
 
-std::string describe(const Decimal& a, const Decimal& b, int step) {
-  return show(a) + " and " + show(b) + ", step " + std::to_string(step) + " of seed " +
-         std::to_string(kSeed);
+// Calls check(source, step) until one fails.
+template <class Check>
+void repeat(int steps, Check check) {
+  Recorder recorder;  // divisors of zero and sums of 22 limbs are reported
+  Source source;
+  for (int step = 0; step < steps && !testing::Test::HasFailure(); ++step) {
+    const auto [left, right] = check(source, step);
+    recorder.takeAssertions();
+    if (!testing::Test::HasFailure()) continue;
+    ADD_FAILURE() << show(left) << " and " << show(right) << ", step " << step << " of seed "
+                  << kSeed;
+  }
 }
 
 std::string order(const Decimal& a, const Decimal& b) {
@@ -250,7 +273,7 @@ void checkRealDivide(const Decimal& dividend, const Decimal& divisor) {
   raise(a, places);
   a.places = dividend.getScaleFactor();
   if (!align(a, b)) {
-    EXPECT_EQ(show(quotient), show(kMax)) << "real quotient";
+    expectIs(quotient, kMax, "real quotient");
     return;
   }
   Model q = modelOf(quotient);
@@ -269,15 +292,15 @@ void checkOperators(const Decimal& left, const Decimal& right) {
   const bool unlike = negative(one.digits) != negative(other.digits);
   const bool fits = limbCount(magnitudeOf(one.digits)) + limbCount(magnitudeOf(other.digits)) < 21;
   const Model times = {product(one.digits, other.digits), one.places + other.places};
-  EXPECT_EQ(show(left * right), show(fits ? times : unlike ? kMin : kMax)) << "product";
+  expectIs(left * right, fits ? times : unlike ? kMin : kMax, "product");
 
   Model a = one;
   Model b = other;
   const bool aligned = align(a, b);
   const Model plus = {sum(a.digits, b.digits), a.places};
   const Model minus = {sum(a.digits, negation(b.digits)), a.places};
-  EXPECT_EQ(show(left + right), show(aligned ? plus : kMax)) << "sum";
-  EXPECT_EQ(show(left - right), show(aligned ? minus : kMax)) << "difference";
+  expectIs(left + right, aligned ? plus : kMax, "sum");
+  expectIs(left - right, aligned ? minus : kMax, "difference");
   EXPECT_EQ(order(left, right), order(one, other)) << "order";
 
   // The size of -2^335 has a 22nd limb, which is lost.
@@ -296,30 +319,23 @@ void checkOperators(const Decimal& left, const Decimal& right) {
 }
 
 TEST(DecimalOracle, OperatorsAgreeWithSchoolbookIntegers) {
-  Recorder recorder;  // a sum of 22 limbs is reported
-  Source source;
-  for (int step = 0; step < 20000 && !HasFailure(); ++step) {
+  repeat(10000, [](Source& source, int step) {
     const Decimal right = source.normal();
     const Decimal left = step % 8 == 0 ? source.beside(right) : source.normal();
-    SCOPED_TRACE(describe(left, right, step));
     checkOperators(left, right);
-    recorder.takeAssertions();
-  }
+    return std::pair(left, right);
+  });
 }
 
 TEST(DecimalOracle, RescalingAndTextAgreeWithSchoolbookIntegers) {
-  Recorder recorder;
-  Source source;
-  for (int step = 0; step < 20000 && !HasFailure(); ++step) {
+  repeat(8000, [](Source& source, int) {
     const Decimal before = source.normal();
     const Model model = modelOf(before);
     const unsigned places = source.places();
-    SCOPED_TRACE(describe(before, Decimal(places), step));
-
     Model raised = model;
     Decimal value = before;
     EXPECT_EQ(value.scale(static_cast<int>(places)), raise(raised, places));
-    EXPECT_EQ(show(value), show(raised)) << "raised";
+    expectIs(value, raised, "raised");
 
     // Half a unit of the last place that stays, away from zero, and cut.
     const bool enough = places <= model.places;
@@ -331,60 +347,59 @@ TEST(DecimalOracle, RescalingAndTextAgreeWithSchoolbookIntegers) {
     }
     value = before;
     EXPECT_EQ(value.scale(-static_cast<int>(places)), enough);
-    EXPECT_EQ(show(value), show(rounded)) << "rounded";
+    expectIs(value, rounded, "rounded");
 
     value = before;
     value.truncate(static_cast<std::uint8_t>(places));
     const Model truncated = {cut(model.digits, places), model.places - places};
-    EXPECT_EQ(show(value), show(enough ? truncated : model)) << "cut";
-    EXPECT_EQ(show(-before), show(Model{negation(model.digits), model.places})) << "negated";
+    expectIs(value, enough ? truncated : model, "cut");
+    expectIs(-before, {negation(model.digits), model.places}, "negated");
 
     // The reader takes 100 digits and the writer 103 characters.
     const std::string text = show(before);
-    if (text.size() > 100) continue;
-    char buffer[104];
-    EXPECT_EQ(before.decimalToString(buffer, sizeof buffer, before.getScaleFactor()), text);
-    EXPECT_EQ(show(dec(text)), text) << "read back";
-  }
+    if (text.size() <= 100) {
+      char buffer[104];
+      EXPECT_EQ(before.decimalToString(buffer, sizeof buffer, before.getScaleFactor()), text);
+      expectIs(dec(text), model, "read back");
+    }
+    return std::pair(before, Decimal(places));
+  });
 }
 
-// Everything that two results can differ in; limbs behind the length are 0 in both.
-std::string image(const Decimal& value) {
-  const std::uint16_t* limbs = value.getValue();
-  std::string text = show(value) + " /";
-  for (int i = value.getLength(); i < 21; ++i) text += limbs[i] == 0 ? "" : " rest";
-  return text;
+// All bytes are compared: the limbs behind the length are 0 in both.
+void expectAlike(const Decimal& fast, const Decimal& general, const char* what) {
+  EXPECT_EQ(std::memcmp(&fast, &general, sizeof fast), 0)
+      << what << ": " << show(fast) << " and not " << show(general);
 }
 
 void expectPathsAgree(const Decimal& left, const Decimal& right) {
-  EXPECT_EQ(image(left + right), image(generalAdd(left, right))) << "+";
-  EXPECT_EQ(image(left - right), image(generalSubtract(left, right))) << "-";
-  EXPECT_EQ(image(left * right), image(generalMultiply(left, right))) << "*";
-  EXPECT_EQ(left == right, generalEqual(left, right)) << "==";
-  EXPECT_EQ(left < right, generalLess(left, right)) << "<";
-  EXPECT_EQ(image(left.realDivide(right)), image(generalRealDivide(left, right))) << "real";
+  expectAlike(left + right, generalAdd(left, right), "sum");
+  expectAlike(left - right, generalSubtract(left, right), "difference");
+  expectAlike(left * right, generalMultiply(left, right), "product");
+  expectAlike(left.realDivide(right), generalRealDivide(left, right), "real quotient");
+  const std::partial_ordering order = generalCompare(left, right);
+  EXPECT_TRUE(compareDecimals(left, right) == order) << "order";
+  EXPECT_TRUE((left == right) == std::is_eq(order) && (left < right) == std::is_lt(order))
+      << "comparison";
   Decimal quotient = Decimal::Max;
   Decimal remainder = Decimal::Max;
   generalDivide(left, right, quotient, remainder);
-  EXPECT_EQ(image(left / right), image(quotient)) << "/";
-  EXPECT_EQ(image(left % right), image(remainder)) << "%";
+  expectAlike(left / right, quotient, "quotient");
+  expectAlike(left % right, remainder, "remainder");
   const int places = right.getScaleFactor() - left.getScaleFactor();
   Decimal fast = left;
   Decimal general = left;
   EXPECT_EQ(fast.scale(places), generalScale(general, places)) << "scale";
-  EXPECT_EQ(image(fast), image(general)) << "scale by " << places;
+  expectAlike(fast, general, "scaled");
 }
 
 TEST(DecimalFastPath, EqualsTheGeneralPathForOperandsOfAnyForm) {
-  Recorder recorder;  // divisors of zero and sums of 22 limbs are reported
-  Source source;
-  for (int step = 0; step < 40000 && !HasFailure(); ++step) {
+  repeat(40000, [](Source& source, int) {
     const Decimal left = source.anyForm();
     const Decimal right = source.anyForm();
-    SCOPED_TRACE(describe(left, right, step));
     expectPathsAgree(left, right);
-    recorder.takeAssertions();
-  }
+    return std::pair(left, right);
+  });
 }
 
 }  // namespace

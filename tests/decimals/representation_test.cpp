@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <type_traits>
 
 namespace {
 
@@ -47,6 +48,9 @@ TEST(DecimalInteger, TakesMinimalLimbsOfEveryWidth) {
             "-9223372036854775808 18446744073709551615 -5");
 }
 
+static_assert(!std::is_assignable_v<Decimal&, bool>);
+static_assert(!std::is_assignable_v<Decimal&, std::nullptr_t>);
+
 TEST(DecimalAssignment, ReplacesEverything) {
   const HighPrecisionNumber number{2, -1, {0, 0, 0, 125}};
   Decimal value(static_cast<const std::uint8_t*>(nullptr), 0);
@@ -68,7 +72,13 @@ TEST(DecimalLimbs, AreNormalisedButKeepTheirSign) {
 
 TEST(DecimalLimbs, ATwentySecondIsReportedAndDropped) {
   Recorder recorder;
-  std::vector<std::uint16_t> limbs(22, 0x4000);
+  std::vector<std::uint16_t> limbs(24);
+  limbs.back() = 5;
+  EXPECT_EQ(show(Decimal(limbs.data(), 24, 0)), "5");
+  EXPECT_EQ(recorder.takeExpressions(), "");
+  EXPECT_EQ(show(Decimal(limbs.data(), -1, 0)), "0");
+  EXPECT_EQ(recorder.takeAssertions().size(), 1u);
+  limbs.assign(22, 0x4000);
   EXPECT_EQ(show(Decimal(limbs.data(), 22, 0)), show(longest(0x4000, 0x4000)));
   EXPECT_EQ(recorder.takeExpressions(), "_length <= MaxDecimalValueSize");
   EXPECT_EQ((-kSmallest).getLength() | (kSmallest + kSmallest).getLength() |
@@ -79,12 +89,17 @@ TEST(DecimalLimbs, ATwentySecondIsReportedAndDropped) {
   // What takes the absolute value on its way may report; it must stay inside its arrays.
   char text[120];
   EXPECT_EQ(show(kSmallest * Decimal(2)), show(Decimal::Min));
+  EXPECT_EQ(kSmallest.getMagnitude(), 100);
+
+  // Redundant limbs count where a product is not tried.
+  const Decimal five(bytesOf("1400" + zeros(76) + "0500").data(), 42);
+  EXPECT_EQ(showAll({five * Decimal(1), Decimal(-1) * five}), expand("10{100} -10{96}"));
   EXPECT_EQ(kSmallest.decimalToString(text, sizeof text, 0), std::string(119, '*'));
 }
 
 TEST(DecimalZero, TheEmptyOneIsUnequalAndFirst) {
   const Decimal empty;
-  EXPECT_TRUE(empty != Decimal::Zero && empty < Decimal(0) && Decimal(0) > empty);
+  EXPECT_TRUE(empty != Decimal::Zero && empty < Decimal(0) && dec("0.0") > empty);
   EXPECT_FALSE(empty == Decimal::Zero || Decimal(0) < empty);
   EXPECT_TRUE(empty == Decimal() && Decimal(-1) < empty && empty < Decimal(1));
   EXPECT_EQ(showAll({empty, "", DskDecimal{}, Decimal(0) * empty, 0.0}), "0(empty) 0 0 0 0");
@@ -132,7 +147,7 @@ TEST(DecimalScale, MovesThePointAndRoundsAwayFromZero) {
   };
   expectRows(3, scaled, R"(
       0.15 -1 0.2   -0.15 -1 -0.2   0.14 -1 0.1   -0.04 -1 0.0   0.9{100} -100 1   12.34 0 12.34
-      -1.5 2 -1.500   0 3 0.000   1 100 1.0{100}   12.34 -3 1234!   -12.34 -3 -1234!   7 -1 7!
+      -1.5 2 -1.500   0 3 0.000   empty 2 0.00(empty)   1 100 1.0{100}   12.34 -3 1234!   -12.34 -3 -1234!   7 -1 7!
       6553.5 20 6553.50{20}   1.5 -300 15!   1.5 -2147483648 15!   10{99} 2 -10{96}!
       70{99} 1 -10{96}!   60{99} 2 10{100}!   50{99} 1 50{99}.0   1 300 -10{96}!
       1 2147483647 -10{96}!   0.0 300 0.0{45}   -1 91 -1.0{91}   -1 92 -10{4}.0{92}

@@ -12,6 +12,8 @@
 #include "sys/decimals.h"
 
 #include <bit>
+#include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -24,10 +26,10 @@ inline constexpr int kMaxStoredLimbs = 5;
 inline constexpr int kMaxStoredPlaces = 23;
 inline constexpr std::uint8_t kKeepScale = 255;  // "its own scale" where a scale is asked for
 
-// Eight limbs, and the two words that they are; the words go in and out one by one, since a detour
-// over memory would stall the load.
+// Eight limbs, the two words that they are, and the whole.
 using LimbVector = std::uint16_t __attribute__((vector_size(16)));
 using WordVector = std::uint64_t __attribute__((vector_size(16)));
+using WholeVector = UInt128 __attribute__((vector_size(16)));
 
 // The limbs of the first word, or of each word, reversed; the words stay in their places. It is one
 // instruction a word.
@@ -39,11 +41,11 @@ inline LimbVector reverseWithinWords(LimbVector limbs) {
   return __builtin_shufflevector(limbs, limbs, 0, 1, 2, 3, 7, 6, 5, 4);
 }
 
-// The first 16 bytes of a Decimal are its header and 7 limbs. Reversed they read as one integer:
-// scale factor and length in the top 16 bits (scale << 8 | length), the limbs below, the first one
-// topmost. Short values are loaded and stored whole in this form.
-inline constexpr unsigned kShortBits = 16 * kMaxFastLimbs;
-inline constexpr UInt128 kShortMask = (UInt128{1} << kShortBits) - 1;
+// The high word of high:low shifted left by 0 to 63 bits: without the test for a shift by a whole
+// word, and without the slow shift of two registers.
+inline std::uint64_t shiftedHigh(std::uint64_t high, std::uint64_t low, unsigned left) {
+  return high << left | low >> 1 >> (63 - left);
+}
 
 struct Access {
   static constexpr Decimal make(const std::uint16_t (&limbs)[kMaxLimbs], std::uint8_t length,
@@ -52,10 +54,6 @@ struct Access {
   }
 
   static void setValid(Decimal& decimal, bool valid) { decimal._valid = valid; }
-  static void setLength(Decimal& decimal, int length) {
-    decimal._length = static_cast<std::uint8_t>(length);
-  }
-  static std::uint16_t* limbs(Decimal& decimal) { return decimal._value; }
 
   // The whole value, sign-extended.
   static Wide wide(const Decimal& decimal) { return loadLimbs(decimal._value, decimal._length); }
@@ -63,29 +61,28 @@ struct Access {
   // Normal form of a value. One of more than 21 limbs is reported and loses its upper limbs.
   static Decimal fromWide(const Wide& value, std::uint8_t scaleFactor);
 
-  // Whether the operand has 1 to 7 limbs (or 1 to 4), so that a register holds it.
+  // Whether operands have 1 to 7 limbs, or 1 to 4, so that a register holds each.
   static bool isShort(const Decimal& decimal) { return decimal._length - 1u < kMaxFastLimbs; }
-  static bool isWord(const Decimal& decimal) { return decimal._length - 1u < 4; }
+  static bool areShort(const Decimal& left, const Decimal& right) {
+    return isShort(left) && isShort(right);
+  }
+  static bool areWords(const Decimal& left, const Decimal& right) {
+    return ((left._length - 1u) | (right._length - 1u)) < 4;
+  }
 
   // The first 4 limbs at the top of a word, and the first 7 at the top of 128 bits: the value times
   // a power of two, since the limbs behind the length are 0.
   static std::int64_t topWord(const Decimal& decimal) {
-    std::uint64_t top;
-    std::memcpy(&top, decimal._value, sizeof top);
-    const WordVector words = {top, 0};
-    const auto reversed =
-        reinterpret_cast<WordVector>(reverseFirstWord(reinterpret_cast<LimbVector>(words)));
-    return static_cast<std::int64_t>(reversed[0]);
+    return static_cast<std::int64_t>(fourLimbs(decimal._value));
   }
-
+  static std::uint64_t nextWord(const Decimal& decimal) {
+    return fourLimbs(decimal._value + 3) << 16;
+  }
   static Int128 topValue(const Decimal& decimal) {
-    LimbVector limbs;
-    std::memcpy(&limbs, &decimal, sizeof limbs);
-    const auto words = reinterpret_cast<WordVector>(reverseWithinWords(limbs));
-    return static_cast<Int128>(joinWords(words[0], words[1]) << 16);
+    return static_cast<Int128>(joinWords(fourLimbs(decimal._value), nextWord(decimal)));
   }
 
-  // The value of at most 4 limbs. REQUIRES: isWord(decimal).
+  // The value of a word. REQUIRES: the length is 1 to 4.
   static std::int64_t word(const Decimal& decimal) {
     // 64 - 16 * length, in the 6 bits that a shift of a word heeds.
     return topWord(decimal) >> ((0u - 16u * decimal._length) & 63u);
@@ -93,32 +90,36 @@ struct Access {
 
   // The value of at most 7 limbs. REQUIRES: isShort(decimal).
   static Int128 value(const Decimal& decimal) {
-    const Int128 top = topValue(decimal);
-    // Both shifts stay below 64, which spares the test for a shift by a whole word.
-    if (decimal._length > 4) return top >> ((0u - 16u * decimal._length) & 63u);
-    return static_cast<std::int64_t>(highWord(static_cast<UInt128>(top))) >>
-           ((0u - 16u * decimal._length) & 63u);
+    const std::int64_t high = topWord(decimal) >> ((0u - 16u * decimal._length) & 63u);
+    if (decimal._length <= 4) return high;
+    const std::uint64_t low = fourLimbs(decimal._value + decimal._length - 4);
+    return static_cast<Int128>(joinWords(static_cast<std::uint64_t>(high), low));
+  }
+
+  // Whether no leading limb is redundant. The empty zero is not in normal form.
+  static bool isNormal(const Decimal& decimal) {
+    return decimal._length == 1 ||
+           (decimal._length > 1 && !isRedundant(decimal._value[0], decimal._value[1]));
   }
 
   // Normal form of a 64-bit and of a 128-bit value.
   static Decimal fromWord(std::int64_t value, std::uint8_t scaleFactor) {
-    const std::uint64_t bits = static_cast<std::uint64_t>(value ^ (value >> 63));
-    const unsigned length = (80u - static_cast<unsigned>(std::countl_zero(bits | 1))) / 16u;
-    const std::uint64_t top = static_cast<std::uint64_t>(value) << ((0u - 16u * length) & 63u);
-    return fromImage(joinWords(top >> 16, top << 48), length, scaleFactor);
+    const unsigned length = limbsOf(value);
+    return fromTopWord(static_cast<std::uint64_t>(value) << ((0u - 16u * length) & 63u), length,
+                       scaleFactor);
   }
 
   static Decimal fromValue(Int128 value, std::uint8_t scaleFactor) {
-    const auto bits = static_cast<UInt128>(value);
-    const auto low = static_cast<std::int64_t>(lowWord(bits));
-    const std::uint64_t sign = static_cast<std::uint64_t>(low >> 63);
-    if (highWord(bits) == sign) return fromWord(low, scaleFactor);
-    const std::uint64_t high = highWord(bits) ^ static_cast<std::uint64_t>(value < 0 ? -1 : 0);
-    const unsigned length =
-        (144u - static_cast<unsigned>(std::countl_zero(high | 1)) - (high == 0)) / 16u;
+    const auto low = lowWord(static_cast<UInt128>(value));
+    const auto high = static_cast<std::int64_t>(highWord(static_cast<UInt128>(value)));
+    if (high == static_cast<std::int64_t>(low) >> 63) {
+      return fromWord(static_cast<std::int64_t>(low), scaleFactor);
+    }
+    const unsigned length = 4 + limbsOf(high);
     if (length > kMaxFastLimbs) return fromWide(widen(value), scaleFactor);
-    const UInt128 top = bits << ((kShortBits - 16u * length) & 63u);
-    return fromImage(top & kShortMask, length, scaleFactor);
+    const unsigned shift = 16 * (kMaxFastLimbs - length);
+    return fromImage(shiftedHigh(static_cast<std::uint64_t>(high), low, shift), low << shift,
+                     length, scaleFactor);
   }
 
   // The constructor from a stored decimal.
@@ -128,86 +129,120 @@ struct Access {
   static Decimal fromText(const char* text);
 
   // Leading limbs of a word that only repeat the sign: 0 to 3.
-  static unsigned redundantLimbs(std::uint64_t top) {
-    const auto sign = static_cast<std::uint64_t>(static_cast<std::int64_t>(top) >> 63);
-    return (static_cast<unsigned>(std::countl_zero((top ^ sign) | 1)) - 1) / 16;
+  static unsigned redundantLimbs(std::int64_t top) { return 4 - limbsOf(top); }
+
+  // Normal forms of up to 7 limbs, the first of which stands at the top of the first word; and of
+  // up to 14 limbs behind `redundant` ones, 0 to 2, which stand at the top of `high`.
+  static Decimal fromTop(std::uint64_t first, std::uint64_t second, unsigned length,
+                         std::uint8_t scaleFactor) {
+    if (length <= 4) return fromTopWord(first, length, scaleFactor);
+    return fromImage(first >> 16, first << 48 | second >> 16, length, scaleFactor);
   }
 
-  // What fromImage takes: the leading limbs of a normal form.
-  struct Top {
-    UInt128 high;  // 7 limbs, in the low 112 bits
-    UInt128 low;   // 8 limbs more
-    unsigned length;
-  };
-
-  // The normal form of a product of operands that stood at the top of their words: `length` limbs,
-  // the operands' together, from the top of high on, and 14 at most. Of normal operands that are
-  // not 0 at most 2 of these limbs are redundant; false otherwise.
-  static bool normaliseTop(UInt128 high, UInt128 low, unsigned length, Top& top) {
-    const unsigned redundant = redundantLimbs(highWord(high));
-    // 0 to 32 bits, shifted word by word: that spares the test for a shift by a whole word.
-    const unsigned shift = 16 * redundant;
-    const std::uint64_t word[3] = {highWord(high) << shift | lowWord(high) >> 1 >> (63 - shift),
-                                   lowWord(high) << shift | highWord(low) >> 1 >> (63 - shift),
-                                   highWord(low) << shift | lowWord(low) >> 1 >> (63 - shift)};
-    top.high = joinWords(word[0] >> 16, word[0] << 48 | word[1] >> 16);
-    top.low = joinWords(word[1] << 48 | word[2] >> 16, word[2] << 48 | lowWord(low) << shift >> 16);
-    top.length = length - redundant;
-    return redundant <= 2;
-  }
-
-  // A value of at most 7 limbs, and of at most 15.
-  static Decimal fromTop(const Top& top, std::uint8_t scaleFactor) {
-    return fromImage(top.high, top.length, scaleFactor);
-  }
-  static Decimal fromLongTop(const Top& top, std::uint8_t scaleFactor) {
-    Decimal result = fromImage(top.high, top.length, scaleFactor);
-    const WordVector words = {highWord(top.low), lowWord(top.low)};
-    const LimbVector image = reverseWithinWords(reinterpret_cast<LimbVector>(words));
-    std::memcpy(result._value + kMaxFastLimbs, &image, sizeof image);
+  static Decimal fromLongTop(UInt128 high, UInt128 low, unsigned redundant, unsigned length,
+                             std::uint8_t scaleFactor) {
+    std::uint64_t word[4] = {highWord(high), lowWord(high), highWord(low), lowWord(low)};
+    // Rotated, a word has at its end what the word above it takes.
+    const std::uint64_t taken = (std::uint64_t{1} << 16 * redundant) - 1;
+    std::uint64_t below = 0;
+    for (int i = 3; i >= 0; --i) {
+      const std::uint64_t rotated = std::rotl(word[i], static_cast<int>(16 * redundant));
+      word[i] = rotated ^ ((rotated ^ below) & taken);
+      below = rotated;
+    }
+    Decimal result;
+    result._length = static_cast<std::uint8_t>(length);
+    result._scaleFactor = scaleFactor;
+    for (int i = 0; i < 4; i += 2) {
+      const WordVector words = {word[i], word[i + 1]};
+      const LimbVector limbs = reverseWithinWords(reinterpret_cast<LimbVector>(words));
+      std::memcpy(result._value + 4 * i, &limbs, sizeof limbs);
+    }
     return result;
   }
 
  private:
+  static_assert(offsetof(Decimal, _length) == 0 && offsetof(Decimal, _scaleFactor) == 1);
+  static_assert(offsetof(Decimal, _value) == 2 && offsetof(Decimal, _valid) == 44);
+  static_assert(std::endian::native == std::endian::little);
+
+  // At most 4 limbs, which stand at the top of a word.
+  static Decimal fromTopWord(std::uint64_t top, unsigned length, std::uint8_t scaleFactor) {
+    const WordVector words = {top, 0};
+    const LimbVector reversed = reverseFirstWord(reinterpret_cast<LimbVector>(words));
+    auto image = reinterpret_cast<LimbVector>(reinterpret_cast<WholeVector>(reversed) << 16);
+    image[0] = static_cast<std::uint16_t>(static_cast<unsigned>(scaleFactor) << 8 | length);
+    return fromImage(image);
+  }
+
+  // Four limbs as a word, the first one topmost.
+  static std::uint64_t fourLimbs(const std::uint16_t* limbs) {
+    std::uint64_t word;
+    std::memcpy(&word, limbs, sizeof word);
+    const WordVector words = {word, 0};
+    return reinterpret_cast<WordVector>(reverseFirstWord(reinterpret_cast<LimbVector>(words)))[0];
+  }
+
+  // The limbs, 1 to 4, that a word needs.
+  static unsigned limbsOf(std::int64_t word) {
+    const auto bits = static_cast<std::uint64_t>(word ^ (word >> 63));
+    return (static_cast<unsigned>(std::bit_width(bits | 1)) + 16) / 16;
+  }
+
   static Wide widen(Int128 value) {
     const std::uint64_t sign = value < 0 ? ~std::uint64_t{0} : 0;
     const UInt128 bits = static_cast<UInt128>(value);
     return Wide{{lowWord(bits), highWord(bits), sign, sign, sign, sign}};
   }
 
-  // The header and 7 limbs, which stand in the low 112 bits.
-  static Decimal fromImage(UInt128 limbs, unsigned length, std::uint8_t scaleFactor) {
+  // The first 16 bytes of a Decimal are its header and 7 limbs. With the limbs of both words
+  // reversed they read as scale factor and length (scale << 8 | length) on the top of the first
+  // word, and the limbs below, the first one topmost. `high` has the first 3 limbs in its low 48
+  // bits.
+  static Decimal fromImage(std::uint64_t high, std::uint64_t low, unsigned length,
+                           std::uint8_t scaleFactor) {
     const std::uint64_t header = static_cast<unsigned>(scaleFactor) << 8 | length;
-    const WordVector words = {highWord(limbs) | header << 48, lowWord(limbs)};
-    const LimbVector image = reverseWithinWords(reinterpret_cast<LimbVector>(words));
+    const WordVector words = {(high << 16 >> 16) | header << 48, low};
+    return fromImage(reverseWithinWords(reinterpret_cast<LimbVector>(words)));
+  }
+
+  // One store of both words: what loads them soon after takes them from it without waiting.
+  static Decimal fromImage(const LimbVector& image) {
     Decimal result;
     std::memcpy(static_cast<void*>(&result), &image, sizeof image);
     return result;
   }
 };
-static_assert(std::endian::native == std::endian::little);
-static_assert(sizeof(Decimal) > sizeof(UInt128));
-
-// Whether no leading limb is redundant. The empty zero is not in normal form.
-inline bool isNormal(const Decimal& decimal) {
-  const std::uint16_t* limbs = decimal.getValue();
-  if (decimal.getLength() < 2) return decimal.getLength() == 1;
-  const unsigned next = limbs[1] & 0x8000u;
-  return !(limbs[0] == 0 && next == 0) && !(limbs[0] == 0xFFFF && next != 0);
-}
 
 // The absolute value. Its limb count, which some rules ask for, is that of the operand when it is
 // not negative, redundant limbs included.
 Decimal absolute(const Decimal& value);
 
-// Gives copies of two operands the larger of their scales. False when that fails.
-bool alignScales(Decimal& left, Decimal& right);
+inline std::uint8_t commonScale(const Decimal& left, const Decimal& right) {
+  return left.getScaleFactor() > right.getScaleFactor() ? left.getScaleFactor()
+                                                        : right.getScaleFactor();
+}
+
+inline std::uint8_t productScale(const Decimal& left, const Decimal& right) {
+  return static_cast<std::uint8_t>(left.getScaleFactor() + right.getScaleFactor());
+}
+
+// Whether a product of operands whose absolute values have so many limbs is not tried. The count of
+// limbs decides, not the product, so that the check is cheap: some products that would fit saturate
+// as well.
+inline bool productSaturates(int leftLimbs, int rightLimbs) {
+  return leftLimbs + rightLimbs + 1 > kMaxLimbs;
+}
 
 // digits / 10^places for any number of places, rounded half up or cut. digits is not negative.
 Wide removePlaces(const Wide& digits, unsigned places, bool round);
 
 // Reports a power that the table lacks.
-void checkPower(unsigned power);
+void assertPower(unsigned power);
+
+// Strips trailing zero digits off a value that is not negative, at most `places` of them; returns
+// the places that are left.
+int stripZeros(Wide& digits, int places);
 
 // Decimal::scale.
 bool scaleDecimal(Decimal& value, int places);
@@ -218,6 +253,9 @@ bool scaleDecimal(Decimal& value, int places);
 bool divideDecimals(const Decimal& dividend, const Decimal& divisor, Decimal& quotient,
                     Decimal& remainder);
 
+// The order of two values; unordered when they have one sign and cannot be aligned.
+std::partial_ordering compareDecimals(const Decimal& left, const Decimal& right);
+
 // The general path of each operation, for operands of any form.
 Decimal generalAdd(const Decimal& left, const Decimal& right);
 Decimal generalSubtract(const Decimal& left, const Decimal& right);
@@ -225,8 +263,7 @@ Decimal generalMultiply(const Decimal& left, const Decimal& right);
 bool generalDivide(const Decimal& dividend, const Decimal& divisor, Decimal& quotient,
                    Decimal& remainder);
 Decimal generalRealDivide(const Decimal& dividend, const Decimal& divisor);
-bool generalEqual(const Decimal& left, const Decimal& right);
-bool generalLess(const Decimal& left, const Decimal& right);
+std::partial_ordering generalCompare(const Decimal& left, const Decimal& right);
 bool generalScale(Decimal& value, int places);
 
 }  // namespace nomutil::decimals

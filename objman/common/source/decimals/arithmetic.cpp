@@ -1,8 +1,8 @@
 // The operators: the fast path for operands of 1 to 7 limbs, in 64-bit and 128-bit registers, with
 // the general path behind it. 12.5 + 0.25 aligns to 1250 + 25 and gives 1275 with scale 2.
 //
-// Redundant leading limbs change neither sums, products nor quotients, so only the comparisons ask
-// whether an operand is in normal form.
+// Redundant leading limbs of an operand that takes the fast path change neither sums, products nor
+// quotients, so only the comparisons ask whether it is in normal form.
 
 #include "access.h"
 
@@ -10,7 +10,9 @@
 
 #include <array>
 #include <bit>
+#include <compare>
 #include <cstdint>
+#include <cstring>
 
 namespace nomutil::decimals {
 namespace {
@@ -18,36 +20,32 @@ namespace {
 // A signed word takes 10^0 to 10^18 as a factor.
 constexpr int kMaxFactor = 18;
 
-// The factor that raises an operand by `places` when positive, and 1 otherwise. A table and not a
-// test: unequal scales shall cost no mispredicted branch.
-inline std::int64_t raiseFactor(int places) {
-  static constexpr auto kFactors = [] {
-    std::array<std::int64_t, 2 * kMaxFactor + 1> factors{};
-    for (int i = -kMaxFactor; i <= kMaxFactor; ++i) {
-      factors[static_cast<unsigned>(i + kMaxFactor)] =
-          i > 0 ? static_cast<std::int64_t>(powerOfTen(i)) : 1;
-    }
-    return factors;
-  }();
-  return kFactors[static_cast<unsigned>(places + kMaxFactor)];
+// What raises operands to one scale: one of the factors is 1. A table and not a test: unequal
+// scales shall cost no mispredicted branch.
+struct Factors {
+  std::int64_t left;
+  std::int64_t right;
+};
+constexpr auto kFactors = [] {
+  std::array<Factors, 2 * kMaxFactor + 1> factors{};
+  for (int i = 0; i <= kMaxFactor; ++i) {
+    const auto power = static_cast<std::int64_t>(powerOfTen(i));
+    factors[static_cast<unsigned>(kMaxFactor + i)] = {power, 1};
+    factors[static_cast<unsigned>(kMaxFactor - i)] = {1, power};
+  }
+  return factors;
+}();
+
+// The factors for a left operand that lacks `places`, or for a right one when they are negative.
+// Null when a word does not hold them.
+inline const Factors* factorsFor(int places) {
+  const auto index = static_cast<unsigned>(places + kMaxFactor);
+  return index < kFactors.size() ? &kFactors[index] : nullptr;
 }
 
 // Places that the left operand lacks; negative for the right one's.
 inline int missingPlaces(const Decimal& left, const Decimal& right) {
   return right.getScaleFactor() - left.getScaleFactor();
-}
-
-inline bool isFactor(int places) {
-  return places <= kMaxFactor && places >= -kMaxFactor;
-}
-
-inline std::uint8_t commonScale(const Decimal& left, const Decimal& right) {
-  return left.getScaleFactor() > right.getScaleFactor() ? left.getScaleFactor()
-                                                        : right.getScaleFactor();
-}
-
-inline std::uint8_t productScale(const Decimal& left, const Decimal& right) {
-  return static_cast<std::uint8_t>(left.getScaleFactor() + right.getScaleFactor());
 }
 
 // value * factor. False, and value untouched, when 127 bits and the sign do not hold the product.
@@ -64,20 +62,23 @@ inline bool multiplyValue(Int128& value, std::int64_t factor) {
 // The operands as words of one scale; false when they do not fit. Both are multiplied, one of them
 // by 1.
 inline bool loadWords(const Decimal& left, const Decimal& right, std::int64_t& a, std::int64_t& b) {
-  const int missing = missingPlaces(left, right);
-  if (!Access::isWord(left) || !Access::isWord(right) || !isFactor(missing)) return false;
-  return !__builtin_mul_overflow(Access::word(left), raiseFactor(missing), &a) &&
-         !__builtin_mul_overflow(Access::word(right), raiseFactor(-missing), &b);
+  if (!Access::areWords(left, right)) return false;
+  const Factors* const factors = factorsFor(missingPlaces(left, right));
+  return factors != nullptr && !__builtin_mul_overflow(Access::word(left), factors->left, &a) &&
+         !__builtin_mul_overflow(Access::word(right), factors->right, &b);
 }
 
-// The same as 128-bit values, where a test costs less than two long multiplications.
+// The same as 128-bit values, where a test costs less than two long multiplications. Neither of
+// them is -2^127, whose size a value does not hold: 7 limbs are shorter, and what was raised has a
+// factor 5.
 inline bool loadValues(const Decimal& left, const Decimal& right, Int128& a, Int128& b) {
   const int missing = missingPlaces(left, right);
-  if (!Access::isShort(left) || !Access::isShort(right) || !isFactor(missing)) return false;
+  const Factors* const factors = factorsFor(missing);
+  if (!Access::areShort(left, right) || factors == nullptr) return false;
   a = Access::value(left);
   b = Access::value(right);
   if (missing == 0) return true;
-  return multiplyValue(missing > 0 ? a : b, raiseFactor(missing > 0 ? missing : -missing));
+  return missing > 0 ? multiplyValue(a, factors->left) : multiplyValue(b, factors->right);
 }
 
 inline UInt128 magnitudeOf(Int128 value) {
@@ -108,7 +109,7 @@ inline Product multiplyMagnitudes(UInt128 a, UInt128 b) {
 }
 
 // dividend / divisor for a divisor of one word. False when the quotient exceeds 127 bits.
-inline bool divideByWord(const Product& dividend, std::uint64_t divisor, UInt128& quotient) {
+inline bool divideByOneWord(const Product& dividend, std::uint64_t divisor, UInt128& quotient) {
   if (dividend.high >= divisor) return false;
   std::uint64_t rest = lowWord(dividend.high);
   const std::uint64_t high = divideTwoByOne(rest, highWord(dividend.low), divisor, rest);
@@ -135,66 +136,61 @@ inline std::uint64_t divideStep(UInt128& top, std::uint64_t next, UInt128 diviso
     }
     rest = joinWords(lowWord(sum), next);
   }
-  UInt128 product = UInt128{estimate} * lowWord(divisor);
-  while (product > rest) {
-    --estimate;
-    product -= lowWord(divisor);
-    const UInt128 more = rest + (UInt128{highWord(divisor)} << 64);
-    if (more < rest) {
-      rest = more;
-      break;
-    }
-    rest = more;
-  }
+  // Too large an estimate is undone by adding the divisor back, until that carries.
+  const UInt128 product = UInt128{estimate} * lowWord(divisor);
   top = rest - product;
+  for (bool below = product > rest; below;) {
+    --estimate;
+    below = !__builtin_add_overflow(top, divisor, &top);
+  }
   return estimate;
+}
+
+// value:next shifted left by 0 to 63 bits, without the last word.
+inline UInt128 shifted(UInt128 value, std::uint64_t next, unsigned left) {
+  return joinWords(shiftedHigh(highWord(value), lowWord(value), left),
+                   shiftedHigh(lowWord(value), next, left));
 }
 
 // The same for a divisor of two words.
 inline bool divideByTwoWords(const Product& dividend, UInt128 divisor, UInt128& quotient) {
-  const int shift = std::countl_zero(highWord(divisor));
-  const UInt128 normal = divisor << shift;
   // The quotient has two words only when the upper half is below the divisor.
   if (dividend.high >= divisor) return false;
-  UInt128 top = dividend.high << shift | dividend.low >> 1 >> (127 - shift);
-  const UInt128 below = dividend.low << shift;
+  const auto shift = static_cast<unsigned>(std::countl_zero(highWord(divisor)));
+  const UInt128 normal = shifted(divisor, 0, shift);
+  UInt128 top = shifted(dividend.high, highWord(dividend.low), shift);
+  const UInt128 below = shifted(dividend.low, 0, shift);
   const std::uint64_t high = divideStep(top, highWord(below), normal);
   const std::uint64_t low = divideStep(top, lowWord(below), normal);
   quotient = joinWords(high, low);
   return fitsValue(quotient);
 }
 
-// 2^64 is 1 modulo 5, so the words of a value add up.
+// 2^64 is 1 modulo 5, so the words of a value and their carry add up.
 inline bool isDivisibleByTen(UInt128 value) {
-  const std::uint64_t sum = lowWord(value) % 5 + highWord(value) % 5;
-  const bool byFive = sum == 0 || sum == 5;
+  const UInt128 sum = UInt128{lowWord(value)} + highWord(value);
+  const bool byFive = (lowWord(sum) + highWord(sum)) % 5 == 0;
   // No shortcut for odd values: half of them are, and a branch would be mispredicted.
   return static_cast<int>(byFive) & static_cast<int>((lowWord(value) & 1) == 0);
 }
 
-// Strips trailing zero digits, at most `places` of them; returns the places left.
-[[gnu::noinline]] int stripSomeZeros(UInt128& value, int places) {
-  for (int step = 16; step >= 1; step /= 2) {
-    while (places >= step && value % powerOfTen(step) == 0) {
-      value /= powerOfTen(step);
-      places -= step;
-    }
-  }
+// Strips trailing zero digits off the magnitude of a real quotient; returns the places left.
+inline int stripZeros(UInt128& value) {
+  if (!isDivisibleByTen(value)) return kMaxStoredPlaces;
+  Wide digits{{lowWord(value), highWord(value)}};
+  const int places = decimals::stripZeros(digits, kMaxStoredPlaces);
+  value = joinWords(digits.word[1], digits.word[0]);
   return places;
-}
-
-inline int stripZeros(UInt128& value, int places) {
-  return isDivisibleByTen(value) && value != 0 ? stripSomeZeros(value, places) : places;
 }
 
 constexpr UInt128 kTenTo23 = UInt128{powerOfTen(19)} * powerOfTen(4);
 
-// realDivide in registers: the magnitude of dividend * 10^23 / divisor, cut.
-inline bool divideMagnitudes(Int128 dividend, Int128 divisor, UInt128& quotient) {
-  const Product scaled = multiplyMagnitudes(magnitudeOf(dividend), kTenTo23);
-  const UInt128 by = magnitudeOf(divisor);
-  return highWord(by) == 0 ? divideByWord(scaled, lowWord(by), quotient)
-                           : divideByTwoWords(scaled, by, quotient);
+// realDivide in registers: the magnitude of dividend * 10^23 / divisor, cut. False when a register
+// does not hold it, or the divisor is 0.
+inline bool divideMagnitudes(UInt128 dividend, UInt128 divisor, UInt128& quotient) {
+  const Product scaled = multiplyMagnitudes(dividend, kTenTo23);
+  return highWord(divisor) == 0 ? divideByOneWord(scaled, lowWord(divisor), quotient)
+                                : divideByTwoWords(scaled, divisor, quotient);
 }
 
 // The 128-bit halves of the operators stay out of line: the 64-bit halves need few registers.
@@ -216,36 +212,63 @@ inline bool divideMagnitudes(Int128 dividend, Int128 divisor, UInt128& quotient)
   return Access::fromValue(a, commonScale(left, right));
 }
 
+// The factor taken once, when the other one is negative: read as unsigned, a negative word is
+// larger by 2^64.
+inline std::uint64_t correction(std::int64_t negative, std::uint64_t factor) {
+  return static_cast<std::uint64_t>(negative >> 63) & factor;
+}
+
+inline Int128 multiplyWords(std::int64_t left, std::uint64_t right) {
+  const UInt128 product = UInt128{static_cast<std::uint64_t>(left)} * right;
+  return static_cast<Int128>(
+      joinWords(highWord(product) - correction(left, right), lowWord(product)));
+}
+
 // A product needs no shift of its operands: each is multiplied where it stands, at the top of its
-// word, and the product comes out at the top as well.
+// words, and the product comes out at the top as well.
 [[gnu::noinline]] Decimal multiplyValues(const Decimal& left, const Decimal& right) {
-  if (Access::isShort(left) && Access::isShort(right)) {
-    const Int128 a = Access::topValue(left);
-    const Int128 b = Access::topValue(right);
-    Product product = multiplyMagnitudes(static_cast<UInt128>(a), static_cast<UInt128>(b));
-    // Read as unsigned, a negative operand is larger by 2^128.
-    product.high -= static_cast<UInt128>((a < 0 ? b : 0)) + static_cast<UInt128>(b < 0 ? a : 0);
-    Access::Top top;
-    if (Access::normaliseTop(product.high, product.low, left.getLength() + right.getLength(),
-                             top)) {
-      return Access::fromLongTop(top, productScale(left, right));
+  if (Access::areShort(left, right)) {
+    const std::int64_t a = Access::topWord(left);
+    const std::int64_t b = Access::topWord(right);
+    const std::uint64_t aNext = Access::nextWord(left);
+    const std::uint64_t bNext = Access::nextWord(right);
+    const UInt128 low = UInt128{aNext} * bNext;
+    const Int128 cross = multiplyWords(a, bNext) + highWord(low);
+    const Int128 other = multiplyWords(b, aNext) + lowWord(static_cast<UInt128>(cross));
+    const Int128 high = Int128{a} * b + (cross >> 64) + (other >> 64);
+    // Of normal operands that are not 0 at most 2 limbs of the product are redundant.
+    const unsigned redundant = Access::redundantLimbs(static_cast<std::int64_t>(high >> 64));
+    if (redundant <= 2) {
+      return Access::fromLongTop(
+          static_cast<UInt128>(high), joinWords(lowWord(static_cast<UInt128>(other)), lowWord(low)),
+          redundant, left.getLength() + right.getLength() - redundant, productScale(left, right));
     }
   }
   return generalMultiply(left, right);
 }
 
-[[gnu::noinline]] bool lessValues(const Decimal& left, const Decimal& right) {
-  if (!Access::isShort(left) || !Access::isShort(right)) return generalLess(left, right);
+[[gnu::noinline]] std::partial_ordering compareValues(const Decimal& left, const Decimal& right) {
+  if (!Access::areShort(left, right)) return generalCompare(left, right);
   if (left.getScaleFactor() == right.getScaleFactor()) {
-    // In normal form the longer operand is the larger one in size.
-    if (left.getLength() > right.getLength()) return left.isneg();
-    if (left.getLength() < right.getLength()) return !right.isneg();
-    return Access::topValue(left) < Access::topValue(right);
+    // Redundant limbs count here as they do in the general path.
+    if (left.getLength() == right.getLength()) {
+      return Access::topValue(left) <=> Access::topValue(right);
+    }
+    const bool isLess = left.getLength() > right.getLength() ? left.isneg() : !right.isneg();
+    return isLess ? std::partial_ordering::less : std::partial_ordering::greater;
   }
   Int128 a;
   Int128 b;
-  if (!loadValues(left, right, a, b)) return generalLess(left, right);
-  return a < b;
+  if (!Access::isNormal(left) || !Access::isNormal(right) || !loadValues(left, right, a, b)) {
+    return generalCompare(left, right);
+  }
+  return a <=> b;
+}
+
+// The operands of a comparison as words of one scale.
+inline bool loadNormalWords(const Decimal& left, const Decimal& right, std::int64_t& a,
+                            std::int64_t& b) {
+  return loadWords(left, right, a, b) && Access::isNormal(left) && Access::isNormal(right);
 }
 
 }  // namespace
@@ -257,7 +280,7 @@ bool scaleDecimal(Decimal& value, int places) {
   }
   Int128 digits = Access::value(value);
   if (places > 0) {
-    if (!multiplyValue(digits, raiseFactor(places))) return generalScale(value, places);
+    if (!multiplyValue(digits, factorsFor(places)->left)) return generalScale(value, places);
   } else {
     const std::uint64_t divisor = powerOfTen(-places);
     const UInt128 rounded = (magnitudeOf(digits) + divisor / 2) / divisor;
@@ -286,6 +309,12 @@ bool divideDecimals(const Decimal& dividend, const Decimal& divisor, Decimal& qu
   return true;
 }
 
+std::partial_ordering compareDecimals(const Decimal& left, const Decimal& right) {
+  std::int64_t a;
+  std::int64_t b;
+  return loadNormalWords(left, right, a, b) ? a <=> b : compareValues(left, right);
+}
+
 }  // namespace nomutil::decimals
 
 using namespace nomutil::decimals;
@@ -310,13 +339,15 @@ Decimal operator-(const Decimal& left, const Decimal& right) {
 }
 
 Decimal operator*(const Decimal& left, const Decimal& right) {
-  if (Access::isWord(left) && Access::isWord(right)) {
+  if (Access::areWords(left, right)) {
     const Int128 product = Int128{Access::topWord(left)} * Access::topWord(right);
-    Access::Top top;
-    if (Access::normaliseTop(static_cast<UInt128>(product), 0, left.getLength() + right.getLength(),
-                             top) &&
-        top.length <= kMaxFastLimbs) {
-      return Access::fromTop(top, productScale(left, right));
+    const std::uint64_t high = highWord(static_cast<UInt128>(product));
+    const std::uint64_t low = lowWord(static_cast<UInt128>(product));
+    const unsigned redundant = Access::redundantLimbs(static_cast<std::int64_t>(high));
+    const unsigned length = left.getLength() + right.getLength() - redundant;
+    if (redundant <= 2 && length <= kMaxFastLimbs) {
+      return Access::fromTop(shiftedHigh(high, low, 16 * redundant), low << 16 * redundant, length,
+                             productScale(left, right));
     }
   }
   return multiplyValues(left, right);
@@ -339,20 +370,20 @@ Decimal operator+(const Decimal& value) {
 }
 
 Decimal operator-(const Decimal& value) {
-  Decimal result = Access::isShort(value)
-                       ? Access::fromValue(-Access::value(value), value.getScaleFactor())
-                       : Access::fromWide(negate(Access::wide(value)), value.getScaleFactor());
-  return result;
+  const std::uint8_t places = value.getScaleFactor();
+  if (Access::isShort(value)) return Access::fromValue(-Access::value(value), places);
+  return Access::fromWide(negate(Access::wide(value)), places);
 }
 
 Decimal Decimal::realDivide(const Decimal& divisor) const {
   Int128 a;
   Int128 b;
   UInt128 quotient;
-  if (!loadValues(*this, divisor, a, b) || b == 0 || !divideMagnitudes(a, b, quotient)) {
+  if (!loadValues(*this, divisor, a, b)) return generalRealDivide(*this, divisor);
+  if (!divideMagnitudes(magnitudeOf(a), magnitudeOf(b), quotient)) {
     return generalRealDivide(*this, divisor);
   }
-  const int places = stripZeros(quotient, kMaxStoredPlaces);
+  const int places = stripZeros(quotient);
   return Access::fromValue(signedValue(quotient, (a < 0) != (b < 0)),
                            static_cast<std::uint8_t>(places));
 }
@@ -362,19 +393,13 @@ bool operator==(const Decimal& left, const Decimal& right) {
     return left.getLength() == right.getLength() &&
            std::memcmp(left.getValue(), right.getValue(), left.getValueLength()) == 0;
   }
-  Int128 a;
-  Int128 b;
-  if (!isNormal(left) || !isNormal(right) || !loadValues(left, right, a, b)) {
-    return generalEqual(left, right);
-  }
-  return a == b;
+  return std::is_eq(compareDecimals(left, right));
 }
 
 bool operator<(const Decimal& left, const Decimal& right) {
-  if (!isNormal(left) || !isNormal(right)) return generalLess(left, right);
-  std::int64_t word;
-  std::int64_t other;
-  return loadWords(left, right, word, other) ? word < other : lessValues(left, right);
+  std::int64_t a;
+  std::int64_t b;
+  return loadNormalWords(left, right, a, b) ? a < b : std::is_lt(compareValues(left, right));
 }
 
 bool operator!=(const Decimal& left, const Decimal& right) {

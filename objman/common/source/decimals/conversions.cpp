@@ -12,12 +12,10 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <limits>
-
-static_assert(std::endian::native == std::endian::little, "limbs are copied as they lie");
 
 using namespace nomutil::decimals;
 
@@ -34,33 +32,37 @@ constexpr auto kRealPowers = [] {
 }();
 
 double realPower(unsigned power) {
-  checkPower(power);
+  assertPower(power);
   return kRealPowers[power <= kMaxPower ? power : kMaxPower];
 }
 
 // The digits before the point of the absolute value.
 Wide integerPart(const Decimal& value) {
   const unsigned places = value.getScaleFactor();
-  checkPower(places);
+  assertPower(places);
   return removePlaces(magnitude(Access::wide(value)), places, false);
 }
 
-// The integer part of a value that lies within the integer type T, or anything beyond modulo 2^64.
-template <class T>
-T toInteger(const Decimal& value) {
-  const std::uint64_t digits = integerPart(value).word[0];
-  return static_cast<T>(value.isneg() ? 0 - digits : digits);
+// Whether the absolute value, whose integer part is `whole`, exceeds a bound that is not 0.
+bool exceeds(const Decimal& value, const Wide& whole, std::uint64_t bound) {
+  if (whole != Wide{{whole.word[0]}} || whole.word[0] > bound) return true;
+  if (whole.word[0] < bound) return false;
+  // What a bound has before the point leaves room for less than 101 places.
+  return multiply(whole, widePowerOfTen(value.getScaleFactor())) != magnitude(Access::wide(value));
 }
 
+// Digits are compared, not decimals: neither redundant limbs nor many places mislead them.
 template <class T>
 bool toIntegerChecked(const Decimal& value, T& out) {
-  if (value > Decimal(std::numeric_limits<T>::max())) return false;
-  if constexpr (std::numeric_limits<T>::is_signed) {
-    if (value < Decimal(std::numeric_limits<T>::min())) return false;
-    out = toInteger<T>(value);
-  } else {
-    out = value.isneg() ? 0 : toInteger<T>(value);
+  const bool negative = value.isneg();
+  if (negative && !std::numeric_limits<T>::is_signed) {
+    out = 0;
+    return true;
   }
+  const Wide whole = integerPart(value);
+  const auto largest = static_cast<std::uint64_t>(std::numeric_limits<T>::max());
+  if (exceeds(value, whole, negative ? largest + 1 : largest)) return false;
+  out = static_cast<T>(negative ? 0 - whole.word[0] : whole.word[0]);
   return true;
 }
 
@@ -95,6 +97,13 @@ bool isStorable(const Decimal& value) {
   return !(value < Decimal::KoraMin) && !(value > Decimal::KoraMax);
 }
 
+// Whether the limbs alone show that a value is beyond 10^23, so that no cut will help.
+bool isFarTooLarge(const Decimal& value) {
+  // A normal form of n limbs is at least 2^(16n - 17) in size; 1701 / 512 is just above log2(10).
+  const int boundBits = (kMaxStoredPlaces + value.getScaleFactor()) * 1701 / 512 + 1;
+  return 16 * value.getLength() - 17 >= boundBits && Access::isNormal(value);
+}
+
 void writeStored(const Decimal& value, DskDecimal& out) {
   const unsigned limbs = value.getLength();
   NOMUTIL_ASSERT_TEXT(kSource, value.getValueLength() <= sizeof out.value,
@@ -111,7 +120,8 @@ void writeStored(const Decimal& value, DskDecimal& out) {
   std::memset(out.reserved, 0, sizeof out.reserved);
 }
 
-// What no program writes, but the record can say: an odd precision, or one beyond the value bytes.
+// An odd precision, or one beyond the value bytes, was never written, but is no more refused than
+// redundant limbs are: whatever 21 value bytes can say is a value.
 Decimal loadOddStored(const DskDecimal& stored) {
   // The limbs go on through the reserved bytes and the padding, and no further.
   constexpr std::size_t kReadable = sizeof stored - offsetof(DskDecimal, value);
@@ -148,7 +158,7 @@ void Decimal::rassign(double value) {
   // Written so that a NaN passes on: its text has no digits and reads as 0.
   const double size = value < 0 ? -value : value;
   if (size > kRealBound || size < 1 / kRealBound) value = 0;
-  // "-0." and 100 places fill the buffer exactly.
+  // 103 characters and the NUL: a longer text is cut behind the hundredth place of "-0.".
   char text[104];
   unsigned length = intlDoubleToStringFixed(text, sizeof text, value, 0);
   if (std::memchr(text, '.', length) != nullptr) {
@@ -212,7 +222,12 @@ Decimal Access::fromStored(const DskDecimal& stored) {
 Decimal::Decimal(const DskDecimal& stored) : Decimal(Access::fromStored(stored)) {}
 
 Decimal::Decimal(const std::uint16_t* limbs, int count, std::uint8_t scaleFactor) {
-  NOMUTIL_ASSERT_TEXT(kSource, count <= MaxDecimalValueSize, "_length <= MaxDecimalValueSize");
+  while (count > MaxDecimalValueSize && isRedundant(limbs[0], limbs[1])) {
+    ++limbs;
+    --count;
+  }
+  NOMUTIL_ASSERT_TEXT(kSource, count >= 0 && count <= MaxDecimalValueSize,
+                      "_length <= MaxDecimalValueSize");
   if (count > MaxDecimalValueSize) {
     limbs += count - MaxDecimalValueSize;
     count = MaxDecimalValueSize;
@@ -235,7 +250,8 @@ Decimal::Decimal(const std::uint8_t* image, std::uint32_t byteCount) {
   std::memcpy(bytes, image, byteCount);
   const std::uint8_t length = bytes[0];
   const std::uint8_t scaleFactor = bytes[1];
-  if (length > MaxDecimalValueSize || (scaleFactor > kMaxPower && scaleFactor != kKeepScale)) {
+  // A scale of 255 passes: it is the mark of none declared.
+  if (length > MaxDecimalValueSize || (scaleFactor > kMaxPower && scaleFactor != 255)) {
     _valid = false;
     return;
   }
@@ -279,6 +295,7 @@ bool Decimal::decimalToDskDecimal(DskDecimal& out, std::uint8_t scale) const {
     writeStored(*this, out);
     return true;
   }
+  if (keepsScale && isFarTooLarge(*this)) return false;
   Decimal value = *this;
   if (!keepsScale) value.scale(scale - value._scaleFactor);
   if (value._scaleFactor > kMaxStoredPlaces) value.scale(kMaxStoredPlaces - value._scaleFactor);
@@ -326,7 +343,8 @@ bool Decimal::getUInt64Value(std::uint64_t& out) const {
 }
 
 std::int64_t Decimal::getInt64Value() const {
-  return toInteger<std::int64_t>(*this);
+  const std::uint64_t digits = integerPart(*this).word[0];
+  return static_cast<std::int64_t>(isneg() ? 0 - digits : digits);
 }
 
 std::uint64_t Decimal::getUInt64Value() const {
@@ -341,7 +359,7 @@ bool Decimal::scale(int places) {
 
 void Decimal::truncate(std::uint8_t places) {
   if (_scaleFactor < places) return;
-  checkPower(places);
+  assertPower(places);
   const Wide digits = removePlaces(magnitude(Access::wide(*this)), places, false);
   const bool valid = _valid;
   *this = Access::fromWide(isneg() ? negate(digits) : digits,
@@ -351,11 +369,12 @@ void Decimal::truncate(std::uint8_t places) {
 
 std::uint8_t Decimal::getMagnitude() const {
   const Decimal size = absolute(*this);
-  if (isNormal(size) && _scaleFactor <= kMaxPower) {
-    // Of 101 digits or more before or behind the point, no power of ten can be aligned.
-    const int digits = digitCount(Access::wide(size));
-    const int magnitude = digits > _scaleFactor ? digits - _scaleFactor : 0;
-    return static_cast<std::uint8_t>(digits > kMaxPower ? kMaxPower : magnitude);
+  if (Access::isNormal(size) && _scaleFactor <= kMaxPower) {
+    // Of 101 digits or more before or behind the point, no power of ten can be aligned. The size
+    // of -(2^335) has lost its sign limb.
+    const int digits = digitCount(magnitude(Access::wide(size)));
+    const int inFront = digits > _scaleFactor ? digits - _scaleFactor : 0;
+    return static_cast<std::uint8_t>(digits > kMaxPower ? kMaxPower : inFront);
   }
   std::uint8_t magnitude = 0;
   while (magnitude < kMaxPower && !(size < power10(magnitude))) ++magnitude;

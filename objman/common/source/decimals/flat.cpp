@@ -7,6 +7,7 @@
 #include "sys/messages.h"
 
 #include <algorithm>
+#include <compare>
 #include <cstdint>
 #include <cstring>
 
@@ -28,7 +29,7 @@ Decimal clampToPrecision(const Decimal& value, std::uint8_t precision, std::uint
 // Whether scale(places) turns a negative value into Min, which it does not report.
 bool raiseSaturates(const Decimal& value, std::int32_t places) {
   const auto power = static_cast<std::uint8_t>(std::min(places, kMaxPower));
-  return absolute(value).getLength() + Decimal::power10(power).getLength() + 1 > kMaxLimbs;
+  return productSaturates(absolute(value).getLength(), Decimal::power10(power).getLength());
 }
 
 }  // namespace
@@ -138,9 +139,8 @@ int nomDecimalFromStringMakeKeyCompatible(const char* text, std::uint8_t precisi
 }
 
 int nomDecimalCompare(const DskDecimal* left, const DskDecimal* right) {
-  const Decimal a(*left);
-  const Decimal b(*right);
-  return a < b ? -1 : a > b ? 1 : 0;
+  const std::partial_ordering order = compareDecimals(Decimal(*left), Decimal(*right));
+  return std::is_lt(order) ? -1 : std::is_gt(order) ? 1 : 0;
 }
 
 int checkDskDecimal(const DskDecimal& in, std::uint8_t precision, std::uint8_t scale,

@@ -6,18 +6,23 @@
 
 #include "sys/decimals.h"
 
+#include <compare>
 #include <cstdint>
 
 namespace nomutil::decimals {
 namespace {
 
+// An operand as an integer, and the limbs that it has as a Decimal.
+struct Operand {
+  explicit Operand(const Decimal& value) : digits(Access::wide(value)), length(value.getLength()) {}
+
+  Wide digits;
+  int length;
+};
+
 Decimal signedResult(const Wide& magnitude, bool negative, std::uint8_t scaleFactor) {
   if (negative) return Access::fromWide(negate(magnitude), scaleFactor);
   return Access::fromWide(magnitude, scaleFactor);
-}
-
-bool haveOneScale(const Decimal& left, const Decimal& right) {
-  return left.getScaleFactor() == right.getScaleFactor();
 }
 
 // Limbs of the absolute value of an operand: as many as the operand has when it is not negative,
@@ -26,27 +31,49 @@ int absoluteLength(const Decimal& value, const Wide& size) {
   return value.isneg() ? normalLimbCount(size) : value.getLength();
 }
 
-// Multiplies a non-negative value by ten `places` times. False as soon as 21 limbs do not hold it:
-// the value is then the saturated one, Min when the sign bit of 21 limbs was reached.
-bool raise(Decimal& value, unsigned places) {
-  constexpr int kSignBit = 16 * kMaxLimbs - 1;
-  if (value.getLength() == 0) return true;  // the empty zero stays empty
-  Wide digits = Access::wide(value);
-  if (isZero(digits)) places = 0;
-  while (places > 0) {
-    // A step of several places is safe while even its largest factor cannot reach the sign bit.
-    const bool far = bitLength(digits) + 64 <= kSignBit;
-    const int step = !far ? 1 : places < kWordDigits ? static_cast<int>(places) : kWordDigits;
-    multiplyAdd(digits, powerOfTen(step), 0);
-    if (bitLength(digits) > kSignBit) {
-      const bool negative = (digits.word[kSignBit / 64] >> (kSignBit % 64) & 1) != 0;
-      value = negative ? Decimal::Min : Decimal::Max;
-      return false;
-    }
-    places -= static_cast<unsigned>(step);
+// The digits of a negative value raised as a product: one that saturates is Min.
+Wide raiseNegative(const Wide& digits, unsigned places) {
+  assertPower(places);
+  const int power = places <= kMaxPower ? static_cast<int>(places) : kMaxPower;
+  const Wide size = negate(digits);
+  const Wide& factor = widePowerOfTen(power);
+  if (productSaturates(normalLimbCount(size), normalLimbCount(factor))) {
+    return Access::wide(Decimal::Min);
   }
-  value = Access::fromWide(digits, 0);
+  return negate(multiply(size, factor));
+}
+
+// Multiplies by 10^places. False as soon as 21 limbs do not hold a value that is not negative: it
+// is then the saturated one, Min when the sign bit of 21 limbs was reached.
+bool raise(Operand& operand, unsigned places) {
+  constexpr int kSignBit = 16 * kMaxLimbs - 1;
+  if (places == 0 || operand.length == 0) return true;  // the empty zero stays empty
+  Wide& digits = operand.digits;
+  if (isNegative(digits)) {
+    digits = raiseNegative(digits, places);
+  } else if (!isZero(digits)) {
+    while (places > 0) {
+      // A step of several places is safe while even its largest factor cannot reach the sign bit.
+      const bool far = bitLength(digits) + 64 <= kSignBit;
+      const int step = !far ? 1 : places < kWordDigits ? static_cast<int>(places) : kWordDigits;
+      multiplyAdd(digits, powerOfTen(step), 0);
+      if (bitLength(digits) > kSignBit) {
+        const bool signSet = (digits.word[kSignBit / 64] >> (kSignBit % 64) & 1) != 0;
+        operand = Operand(signSet ? Decimal::Min : Decimal::Max);
+        return false;
+      }
+      places -= static_cast<unsigned>(step);
+    }
+  }
+  operand.length = normalLimbCount(digits);
   return true;
+}
+
+// Raises the operand of the smaller scale. False when that fails.
+bool alignScales(const Decimal& left, const Decimal& right, Operand& a, Operand& b) {
+  const int missing = right.getScaleFactor() - left.getScaleFactor();
+  return missing >= 0 ? raise(a, static_cast<unsigned>(missing))
+                      : raise(b, static_cast<unsigned>(-missing));
 }
 
 }  // namespace
@@ -68,15 +95,9 @@ Decimal absolute(const Decimal& value) {
   return value.isneg() ? -value : value;
 }
 
-bool alignScales(Decimal& left, Decimal& right) {
-  const int difference = left.getScaleFactor() - right.getScaleFactor();
-  if (difference < 0) return left.scale(-difference);
-  return difference == 0 || right.scale(difference);
-}
-
 Wide removePlaces(const Wide& digits, unsigned places, bool round) {
   if (places == 0) return digits;
-  // 21 limbs are below 10^101: beyond that only the rounding of the last place could remain.
+  // 21 limbs are below 10^101: 101 places less, they may round up to 1, but no further.
   if (places > kMaxPower + 1) return {};
   Wide dividend = digits;
   if (round) {
@@ -90,54 +111,54 @@ Wide removePlaces(const Wide& digits, unsigned places, bool round) {
   return quotient;
 }
 
+int stripZeros(Wide& digits, int places) {
+  if (isZero(digits)) return places;
+  for (int step = 16; step >= 1; step /= 2) {
+    while (places >= step) {
+      Wide shorter = digits;
+      if (divideByWord(shorter, powerOfTen(step)) != 0) break;
+      digits = shorter;
+      places -= step;
+    }
+  }
+  return places;
+}
+
 bool generalScale(Decimal& value, int places) {
   if (places == 0) return true;
   const std::uint8_t before = value.getScaleFactor();
   const bool valid = value.isvalid();
   value.setScaleFactor(0);
-  const unsigned count =
-      places < 0 ? 0u - static_cast<unsigned>(places) : static_cast<unsigned>(places);
+  Operand operand(value);
+  bool raised = true;
   if (places < 0) {
+    const unsigned count = 0u - static_cast<unsigned>(places);
     if (before < count) return false;
-    checkPower(count);
+    assertPower(count);
     const bool negative = value.isneg();
-    value = signedResult(removePlaces(magnitude(Access::wide(value)), count, true), negative, 0);
-    Access::setValid(value, valid);
-    value.setScaleFactor(static_cast<std::uint8_t>(before - count));
-    return true;
-  }
-  if (value.isneg()) {
-    // A product that saturates is no failure here: Min takes the places on.
-    const unsigned power = count <= kMaxPower ? count : kMaxPower;
-    checkPower(count);
-    value = generalMultiply(value, Decimal::power10(static_cast<std::uint8_t>(power)));
-  } else if (!raise(value, count)) {
-    return false;
+    makeMagnitude(operand.digits);
+    value = signedResult(removePlaces(operand.digits, count, true), negative, 0);
+  } else {
+    raised = raise(operand, static_cast<unsigned>(places));
+    if (operand.length != 0) value = Access::fromWide(operand.digits, 0);
   }
   Access::setValid(value, valid);
-  value.setScaleFactor(static_cast<std::uint8_t>(before + count));
-  return true;
+  if (raised) value.setScaleFactor(static_cast<std::uint8_t>(before + places));
+  return raised;
 }
 
-// Operands of unequal scales are aligned first and then come back with equal ones.
-
 Decimal generalAdd(const Decimal& left, const Decimal& right) {
-  if (haveOneScale(left, right)) {
-    return Access::fromWide(add(Access::wide(left), Access::wide(right)), left.getScaleFactor());
-  }
-  Decimal a = left;
-  Decimal b = right;
-  return alignScales(a, b) ? generalAdd(a, b) : Decimal::Max;
+  Operand a(left);
+  Operand b(right);
+  if (!alignScales(left, right, a, b)) return Decimal::Max;
+  return Access::fromWide(add(a.digits, b.digits), commonScale(left, right));
 }
 
 Decimal generalSubtract(const Decimal& left, const Decimal& right) {
-  if (haveOneScale(left, right)) {
-    return Access::fromWide(subtract(Access::wide(left), Access::wide(right)),
-                            left.getScaleFactor());
-  }
-  Decimal a = left;
-  Decimal b = right;
-  return alignScales(a, b) ? generalSubtract(a, b) : Decimal::Max;
+  Operand a(left);
+  Operand b(right);
+  if (!alignScales(left, right, a, b)) return Decimal::Max;
+  return Access::fromWide(subtract(a.digits, b.digits), commonScale(left, right));
 }
 
 Decimal generalMultiply(const Decimal& left, const Decimal& right) {
@@ -146,58 +167,53 @@ Decimal generalMultiply(const Decimal& left, const Decimal& right) {
   makeMagnitude(a);
   makeMagnitude(b);
   const bool negative = left.isneg() != right.isneg();
-  // The count of limbs decides, not the product, so that the check is cheap: some products that
-  // would fit saturate as well.
-  if (absoluteLength(left, a) + absoluteLength(right, b) + 1 > kMaxLimbs) {
+  if (productSaturates(absoluteLength(left, a), absoluteLength(right, b))) {
     return negative ? Decimal::Min : Decimal::Max;
   }
-  const auto places = static_cast<std::uint8_t>(left.getScaleFactor() + right.getScaleFactor());
-  return signedResult(multiply(a, b), negative, places);
+  return signedResult(multiply(a, b), negative, productScale(left, right));
 }
 
 bool generalDivide(const Decimal& dividend, const Decimal& divisor, Decimal& quotient,
                    Decimal& remainder) {
-  if (!haveOneScale(dividend, divisor)) {
-    Decimal a = dividend;
-    Decimal b = divisor;
-    return alignScales(a, b) && generalDivide(a, b, quotient, remainder);
-  }
-  Wide dividendSize = Access::wide(dividend);
-  Wide divisorSize = Access::wide(divisor);
-  makeMagnitude(dividendSize);
-  makeMagnitude(divisorSize);
-  if (isZero(divisorSize)) {
+  Operand a(dividend);
+  Operand b(divisor);
+  if (!alignScales(dividend, divisor, a, b)) return false;
+  if (isZero(b.digits)) {
     nosAssertFail(kSource, "nomutil", "DivisionByZero", kNosPrecondition, __LINE__);
-    quotient = dividend;
-    remainder = dividend;
+    Decimal aligned = dividend;
+    const int missing = divisor.getScaleFactor() - dividend.getScaleFactor();
+    if (missing > 0) aligned.scale(missing);
+    quotient = aligned;
+    remainder = aligned;
     return true;
   }
-  const std::uint8_t places = dividend.getScaleFactor();
+  const std::uint8_t places = commonScale(dividend, divisor);
   const bool dividendNegative = dividend.isneg();
   const bool quotientNegative = dividendNegative != divisor.isneg();
+  makeMagnitude(a.digits);
+  makeMagnitude(b.digits);
   Wide quotientSize;
   Wide remainderSize;
-  divide(dividendSize, divisorSize, quotientSize, remainderSize);
+  divide(a.digits, b.digits, quotientSize, remainderSize);
   quotient = signedResult(quotientSize, quotientNegative, 0);
   remainder = signedResult(remainderSize, dividendNegative, places);
   return true;
 }
 
-Decimal generalRealDivide(const Decimal& dividend, const Decimal& divisor) {
-  constexpr int kLimbsOfScale = 5;  // of 10^23
-  int places = dividend.getLength() + kLimbsOfScale < 20 ? kMaxStoredPlaces : 0;
-  // The raised digits keep the dividend's own scale: aligning them must not undo the raise.
+namespace {
+
+// The division is reported; what it leaves, the raised dividend, is stripped as a quotient would
+// be. Its own places go with the first zero.
+Decimal realDivideByZero(const Decimal& dividend, const Decimal& zero, int places) {
   Decimal raised = dividend;
   raised.scale(places);
   raised.setScaleFactor(dividend.getScaleFactor());
-
   Decimal quotient;
   Decimal remainder;
-  if (!generalDivide(raised, divisor, quotient, remainder)) return Decimal::Max;
-  const Decimal ten = Decimal::power10(1);
+  generalDivide(raised, zero, quotient, remainder);
   while (places > 0 && quotient.iseven() && !isZero(Access::wide(quotient))) {
     Decimal shorter;
-    if (!generalDivide(quotient, ten, shorter, remainder)) break;
+    if (!generalDivide(quotient, Decimal::power10(1), shorter, remainder)) break;
     if (!isZero(Access::wide(remainder))) break;
     quotient = shorter;
     --places;
@@ -206,26 +222,39 @@ Decimal generalRealDivide(const Decimal& dividend, const Decimal& divisor) {
   return quotient;
 }
 
-bool generalEqual(const Decimal& left, const Decimal& right) {
-  Decimal a = left;
-  Decimal b = right;
-  if (!alignScales(a, b)) return false;
-  return a.getLength() == b.getLength() &&
-         std::memcmp(a.getValue(), b.getValue(), a.getValueLength()) == 0;
+}  // namespace
+
+Decimal generalRealDivide(const Decimal& dividend, const Decimal& divisor) {
+  constexpr int kLimbsOfScale = 5;  // of 10^23
+  const int places = dividend.getLength() + kLimbsOfScale < 20 ? kMaxStoredPlaces : 0;
+  // The raised digits keep the dividend's own scale: aligning them must not undo the raise.
+  Operand a(dividend);
+  Operand b(divisor);
+  raise(a, static_cast<unsigned>(places));
+  if (!alignScales(dividend, divisor, a, b)) return Decimal::Max;
+  if (isZero(b.digits)) return realDivideByZero(dividend, divisor, places);
+  makeMagnitude(a.digits);
+  makeMagnitude(b.digits);
+  Wide quotient;
+  Wide remainder;
+  divide(a.digits, b.digits, quotient, remainder);
+  const int left = stripZeros(quotient, places);
+  return signedResult(quotient, dividend.isneg() != divisor.isneg(),
+                      static_cast<std::uint8_t>(left));
 }
 
-bool generalLess(const Decimal& left, const Decimal& right) {
-  if (left.isneg() != right.isneg()) return left.isneg();
-  Decimal a = left;
-  Decimal b = right;
-  if (!alignScales(a, b)) return false;
-  if (a.getLength() != b.getLength()) {
-    return a.getLength() > b.getLength() ? a.isneg() && b.isneg() : !a.isneg() && !b.isneg();
+std::partial_ordering generalCompare(const Decimal& left, const Decimal& right) {
+  const bool negative = left.isneg();
+  if (negative != right.isneg()) {
+    return negative ? std::partial_ordering::less : std::partial_ordering::greater;
   }
-  for (int i = 0; i < a.getLength(); ++i) {
-    if (a.getValue()[i] != b.getValue()[i]) return a.getValue()[i] < b.getValue()[i];
-  }
-  return false;
+  Operand a(left);
+  Operand b(right);
+  if (!alignScales(left, right, a, b)) return std::partial_ordering::unordered;
+  // More limbs are larger in size, redundant ones too.
+  if (a.length != b.length) return negative ? b.length <=> a.length : a.length <=> b.length;
+  // Of one sign, the words in two's complement are in the order of the values.
+  return compareMagnitudes(a.digits, b.digits) <=> 0;
 }
 
 }  // namespace nomutil::decimals

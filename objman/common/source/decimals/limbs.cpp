@@ -4,7 +4,7 @@
 #include "limbs.h"
 
 #include <bit>
-#include <cstring>
+#include <cstdint>
 
 namespace nomutil::decimals {
 namespace {
@@ -61,10 +61,11 @@ void divideLong(const Wide& dividend, const Wide& divisor, int n, Wide& quotient
       borrow = highWord(difference) & 1;
     }
     const UInt128 top = UInt128{u[j + n]} - carry - borrow;
-    u[j + n] = lowWord(top);
-    // D5, D6: an estimate that was too large (by at most 2 when it was not corrected) is undone
-    // by adding the divisor back.
-    for (bool tooLarge = highWord(top) != 0; tooLarge;) {
+    u[j + n] = 0;  // as it is in the end, since the rest is below the divisor
+    // D5, D6: an estimate that was too large by one is undone by adding the divisor back. The one
+    // of 2^64 - 1 that was not corrected is not further off either: with equal top words the
+    // quotient exceeds 2^64 / (1 + 2 / 2^64), hence 2^64 - 2.
+    if (highWord(top) != 0) {
       --estimate;
       std::uint64_t back = 0;
       for (int i = 0; i < n; ++i) {
@@ -72,9 +73,6 @@ void divideLong(const Wide& dividend, const Wide& divisor, int n, Wide& quotient
         u[i + j] = lowWord(sum);
         back = highWord(sum);
       }
-      const UInt128 sum = UInt128{u[j + n]} + back;
-      u[j + n] = lowWord(sum);
-      tooLarge = highWord(sum) == 0;
     }
     quotient.word[j] = estimate;
   }
@@ -114,14 +112,6 @@ Wide multiply(const Wide& left, const Wide& right) {
   return product;
 }
 
-void multiplyAdd(Wide& value, std::uint64_t factor, std::uint64_t addend) {
-  for (std::uint64_t& word : value.word) {
-    const UInt128 product = UInt128{word} * factor + addend;
-    word = lowWord(product);
-    addend = highWord(product);
-  }
-}
-
 int compareMagnitudes(const Wide& left, const Wide& right) {
   for (int i = kWideWords - 1; i >= 0; --i) {
     if (left.word[i] != right.word[i]) return left.word[i] < right.word[i] ? -1 : 1;
@@ -149,23 +139,6 @@ void divide(const Wide& dividend, const Wide& divisor, Wide& quotient, Wide& rem
   if (compareMagnitudes(dividend, divisor) < 0) return;
   remainder = Wide{};
   divideLong(dividend, divisor, divisorWords, quotient, remainder);
-}
-
-Wide widePowerOfTen(int exponent) {
-  static constexpr auto kPowers = [] {
-    std::array<Wide, 116> powers{};
-    powers[0].word[0] = 1;
-    for (unsigned p = 1; p < powers.size(); ++p) {
-      UInt128 carry = 0;
-      for (int i = 0; i < kWideWords; ++i) {
-        carry += UInt128{powers[p - 1].word[i]} * 10;
-        powers[p].word[i] = lowWord(carry);
-        carry >>= 64;
-      }
-    }
-    return powers;
-  }();
-  return kPowers[static_cast<unsigned>(exponent)];
 }
 
 }  // namespace nomutil::decimals

@@ -74,8 +74,13 @@ inline bool isZero(const Wide& value) {
   return value == Wide{};
 }
 
-// count limbs (0 to 21), most significant first, sign-extended. The first four limbs are read
-// whatever the count.
+// Whether the first of two leading limbs only repeats the sign bit of the next one.
+constexpr bool isRedundant(std::uint16_t first, std::uint16_t next) {
+  return first == (next >= 0x8000u ? 0xFFFFu : 0u);
+}
+
+// count limbs (0 to 21), most significant first, sign-extended. REQUIRES: unless count is 0, four
+// limbs may be read.
 inline Wide loadLimbs(const std::uint16_t* limbs, int count) {
   Wide value;
   if (count <= 0) return value;
@@ -132,7 +137,7 @@ int bitLength(const Wide& value);
 int digitCount(const Wide& value);
 
 // Arithmetic modulo 2^384.
-inline Wide add(const Wide& left, const Wide& right) {
+constexpr Wide add(const Wide& left, const Wide& right) {
   Wide sum;
   std::uint64_t carry = 0;
   for (int i = 0; i < kWideWords; ++i) {
@@ -143,7 +148,7 @@ inline Wide add(const Wide& left, const Wide& right) {
   return sum;
 }
 
-inline Wide subtract(const Wide& left, const Wide& right) {
+constexpr Wide subtract(const Wide& left, const Wide& right) {
   Wide difference;
   std::uint64_t borrow = 0;
   for (int i = 0; i < kWideWords; ++i) {
@@ -154,7 +159,7 @@ inline Wide subtract(const Wide& left, const Wide& right) {
   return difference;
 }
 
-inline Wide negate(const Wide& value) {
+constexpr Wide negate(const Wide& value) {
   return subtract(Wide{}, value);
 }
 // The absolute value, in place: a copy would wait for the words that were just written.
@@ -170,7 +175,13 @@ inline Wide magnitude(Wide value) {
 Wide multiply(const Wide& left, const Wide& right);
 
 // Multiplies by a word and adds one; the carry out of the top word is lost.
-void multiplyAdd(Wide& value, std::uint64_t factor, std::uint64_t addend);
+constexpr void multiplyAdd(Wide& value, std::uint64_t factor, std::uint64_t addend) {
+  for (std::uint64_t& word : value.word) {
+    const UInt128 product = UInt128{word} * factor + addend;
+    word = lowWord(product);
+    addend = highWord(product);
+  }
+}
 
 // -1, 0 or 1 for non-negative values.
 int compareMagnitudes(const Wide& left, const Wide& right);
@@ -183,8 +194,19 @@ std::uint64_t divideByWord(Wide& value, std::uint64_t divisor);
 // REQUIRES: divisor is not 0.
 void divide(const Wide& dividend, const Wide& divisor, Wide& quotient, Wide& remainder);
 
-// 10^exponent. REQUIRES: exponent is 0 to 115.
-Wide widePowerOfTen(int exponent);
+// 10^0 to 10^115.
+inline constexpr auto kWidePowers = [] {
+  std::array<Wide, 116> powers{Wide{{1}}};
+  for (unsigned i = 1; i < powers.size(); ++i) {
+    powers[i] = powers[i - 1];
+    multiplyAdd(powers[i], 10, 0);
+  }
+  return powers;
+}();
+
+constexpr const Wide& widePowerOfTen(int exponent) {
+  return kWidePowers[static_cast<unsigned>(exponent)];
+}
 
 }  // namespace nomutil::decimals
 

@@ -168,18 +168,18 @@ class DigitWriter {
 
 // Eight digits as characters, the first one lowest (as it lies in memory). Pairs, then digits, are
 // split off in all lanes of a word at once; 10486 / 2^20 and 103 / 2^10 stand for 1/100 and 1/10.
-constexpr std::uint64_t eightDigits(std::uint64_t value) {
+constexpr std::uint64_t eightCharacters(std::uint64_t value) {
   const std::uint64_t fours = value / 10000 | value % 10000 << 32;
   const std::uint64_t hundreds = fours * 10486 >> 20 & 0x0000007F0000007Fu;
   const std::uint64_t twos = hundreds | (fours - 100 * hundreds) << 16;
   const std::uint64_t tens = twos * 103 >> 10 & 0x000F000F000F000Fu;
   return (tens | (twos - 10 * tens) << 8) + 0x3030303030303030u;
 }
-static_assert(eightDigits(12345678) == 0x3837363534333231u && eightDigits(0) % 256 == '0');
+static_assert(eightCharacters(12345678) == 0x3837363534333231u && eightCharacters(0) % 256 == '0');
 
 // The low `count` digits, 1 to 8, at out; 8 bytes are written.
 char* putGroup(char* out, std::uint64_t value, unsigned count) {
-  const std::uint64_t characters = eightDigits(value) >> (8 * (8 - count));
+  const std::uint64_t characters = eightCharacters(value) >> (8 * (8 - count));
   std::memcpy(out, &characters, sizeof characters);
   return out + count;
 }
@@ -188,7 +188,7 @@ char* putGroup(char* out, std::uint64_t value, unsigned count) {
 // fraction is written a second time, one to the right: to move it in memory would wait for the
 // digits that were just written.
 char* putLastGroup(char* out, std::uint64_t value, unsigned count, unsigned places) {
-  const std::uint64_t characters = eightDigits(value) >> (8 * (8 - count));
+  const std::uint64_t characters = eightCharacters(value) >> (8 * (8 - count));
   std::memcpy(out, &characters, sizeof characters);
   if (places == 0) return out + count;
   const unsigned whole = count - places;
