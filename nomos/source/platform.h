@@ -54,6 +54,12 @@ inline constexpr std::uint8_t kLower = 8;
 // platform lacks it or it is not single-byte.
 bool loadCodePage(unsigned number, CodePage& table);
 
+// The local date and time of day; a leap second is second 60.
+struct LocalTime {
+  int year, month, day, hour, minute, second, millisecond;
+};
+LocalTime localTime();
+
 }  // namespace nomos::platform
 
 #endif  // NOMOS_SOURCE_PLATFORM_H

@@ -130,6 +130,16 @@ class Param {
   mutable std::vector<char> _record;
 };
 
+// A parameter whose value area begins with the bytes of a word, or with a text where it has one.
+inline Param filled(unsigned format, const std::string& word, std::uint32_t offset = 0) {
+  Param parameter(format, word, offset);
+  if (parameter.isHeld() || isAmong(format, {1, 2, 11, 14, 34, 51})) return parameter;
+  const std::vector<char> bytes = bytesOf(word);
+  std::copy_n(bytes.begin(), std::min<std::size_t>(bytes.size(), 32),
+              reinterpret_cast<char*>(parameter.get()) + 8);
+  return parameter;
+}
+
 // A DskBuffer whose data, given as a word, end its block of the heap.
 struct Buffer {
   explicit Buffer(const std::string& word) : bytes(bytesOf(std::string(72, '#') + word)) {

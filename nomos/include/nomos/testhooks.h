@@ -36,4 +36,7 @@ NOMOS_API void nosSetInstallDirectory(const char* path);
 // is no single-byte extension of ASCII.
 NOMOS_API bool nosSetCodePage(unsigned codePage);
 
+// Stops the clock that nosGetCurrentDateTime reads at a date and a time of day; both 0 let it go.
+NOMOS_API void nosSetCurrentDateTime(std::uint32_t date, std::uint32_t time);
+
 #endif  // NOMOS_TESTHOOKS_H
