@@ -228,8 +228,8 @@ TEST(CurrentLocale, IsReadOnceFromTheConfiguration) {
     unsigned locale;
   } cases[] = {{"true", 5129},
                {"2057", 2057},
-               {"", 1234},
-               {"none", 1234},
+               {"", 1036},
+               {"none", 1036},
                {"-1", 0xFFFFFFFF},
                {"99999999999", 0x7FFFFFFF},
                {"-99999999999", 0x80000000}};
@@ -241,7 +241,7 @@ TEST(CurrentLocale, IsReadOnceFromTheConfiguration) {
       };
       write(value);
       nosSetGlbIniFileName(file.c_str());
-      nosSetThreadLocale(1234);
+      nosSetThreadLocale(1036);
       const unsigned first = getCurrentLocaleId();
       write("77");
       const unsigned second = getCurrentLocaleId();

@@ -49,7 +49,7 @@ char* put(char* to, std::string_view text) {
 }
 
 std::string_view lifetimeOf(const OidFormatter& formatter, const Parts& parts, const Style& style) {
-  if (!formatter.lifetimeBits) return {};
+  if (!formatter.lifetimeBits) return "";
   const bool takesParent = style.parentLends && (parts.classId & kClassBits) == 0;
   switch ((takesParent ? parts.parentClassId : parts.classId) >> kLifetimeShift) {
     case 1:
@@ -57,7 +57,7 @@ std::string_view lifetimeOf(const OidFormatter& formatter, const Parts& parts, c
     case 3:
       return formatter.longLifetimeNames ? " (shared transient)" : " (s)";
     default:
-      return {};
+      return "";
   }
 }
 
@@ -110,7 +110,7 @@ void render(const OidFormatter& formatter, const Parts& parts, const Style& styl
 constexpr std::string_view kDot = ".";
 
 std::string_view separatorOf(const char* text) {
-  if (text == nullptr) return {};
+  if (text == nullptr) return "";
   const void* const end = std::memchr(text, '\0', kSeparatorRoom);
   return {text, end != nullptr ? static_cast<std::size_t>(static_cast<const char*>(end) - text)
                                : kSeparatorRoom};
@@ -205,7 +205,7 @@ void RelationalDbOidFormatter::doFormatOid(ClassID classId, std::uint64_t instan
                                            std::uint16_t subId, std::uint32_t edition, char* output,
                                            std::uint32_t& outputLength) {
   if (version != kOlderLayout && version != kNewerLayout) {
-    store({}, output, outputLength);
+    store("", output, outputLength);
     return;
   }
   render(*this, {classId.number(), parentClassId.number(), instanceId, level, subId, edition},
