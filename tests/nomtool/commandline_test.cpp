@@ -57,6 +57,33 @@ TEST(CommandLine, PrintsTheExactResultOrWhyThereIsNone) {
       {"decimal 200 / -3 --json", {0, quotientJson, ""}},
       {"message 0 1002", {0, "0  No error\n1002  Invalid parameter value\n", ""}},
       {"message 42 1006", {1, "1006  Library not found\n", "42      Undefined message number\n"}},
+      {"date 2460315",
+       {0,
+        "date     2460315\ntime     0\ntext     05 January 2024\nliteral  2024:01:05\n"
+        "fixed    2024/01/05\nday      Friday\n",
+        ""}},
+      {"date x", {1, "", "\"x\": " + kRefused}},
+      {"oid 110000000000000000084000",
+       {0,
+        "general    [2048.17 (t)]\nlong       [2048.17 (transient)]\n"
+        "full       [2048.17.0.0.0 (t)]\nnewer      0002048.00000000000000000017 (t)\n"
+        "older      02048.0000000017 (t)\nseparated  0002048_00000000000000000017 (t)\n",
+        ""}},
+      {"oid 1100", {1, "", "\"1100\": an identifier has 12, 18 or 22 bytes: " + kRefused}},
+      {"param DSKTIMESTAMPOFFSET 2460315,50829042,-780",
+       {0,
+        "format  DSKTIMESTAMPOFFSET\nheader  39 00 00 00 00 00 00 00\n"
+        "value   9b 8a 25 00 f2 96 07 03 f4 fc ff ff\ntext    05 January 2024, 14:07:09 +1300\n"
+        "image   9b 8a 25 00 f2 96 07 03 f4 fc ff ff\n",
+        ""}},
+      {"param 33 deAD",
+       {0,
+        "format  DSKKORABINARY\nheader  21 00 00 00 00 00 00 00\nvalue   pointers\n"
+        "text    de ad \nimage   de ad\n",
+        ""}},
+      {"param 18 5", {1, "", "\"5\": " + kRefused}},
+      {"param 4 2147483648", {1, "", "\"2147483648\": " + kRefused}},
+      {"param 9 x", {2, "", "nomtool: \"9\" is no format; see nomtool formats\n"}},
       {"message --json 1006", {0, messageJson, ""}},
   };
   for (const auto& [line, outcome] : kRows) EXPECT_EQ(runTool(line), outcome) << line;

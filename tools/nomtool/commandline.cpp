@@ -34,10 +34,21 @@ constexpr const char* kDecimalText =
     "error\n"
     "stream.";
 
+constexpr const char* kParamText =
+    "FORMAT is a number or an enumerator of nomtool formats. TEXT is a number, true or false, a\n"
+    "character, a string; numbers with commas between them for DSKPOINT (x,y), DSKTIMESTAMP\n"
+    "(date,time), DSKTIMESTAMPOFFSET (date,time,bias) and DSKMEMORYADDRESS (address,length); "
+    "pairs\n"
+    "of hexadecimal digits for binaries and object identifiers; empty for DSKNULL.";
+
 struct Options {
   TableOptions table;
   DecimalOptions decimal;
   MessageOptions message;
+  FormatsOptions formats;
+  DateOptions date;
+  OidOptions oid;
+  ParamOptions param;
 };
 
 void declare(CLI::App& app, Options& options) {
@@ -66,6 +77,23 @@ void declare(CLI::App& app, Options& options) {
   CLI::App* message = app.add_subcommand("message", "The texts of status numbers");
   message->add_option("N", options.message.numbers, "Status numbers")->required();
   message->add_flag("--json", options.message.json, "Print JSON");
+
+  CLI::App* formats = app.add_subcommand("formats", "Formats of parameters, tables of types");
+  formats->add_flag("--json", options.formats.json, "Print JSON");
+
+  CLI::App* date = app.add_subcommand("date", "A day number in every form");
+  date->add_option("N", options.date.date, "A day number, or now")->required();
+  date->add_flag("--json", options.date.json, "Print JSON");
+
+  CLI::App* oid = app.add_subcommand("oid", "An object identifier in every style");
+  oid->add_option("HEX", options.oid.bytes, "Its 12, 18 or 22 bytes")->required();
+  oid->add_flag("--json", options.oid.json, "Print JSON");
+
+  CLI::App* param = app.add_subcommand("param", "A parameter built from a text");
+  param->add_option("FORMAT", options.param.format, "Its format")->required();
+  param->add_option("TEXT", options.param.text, "Its value");
+  param->add_flag("--json", options.param.json, "Print JSON");
+  param->footer(kParamText);
 }
 
 }  // namespace
@@ -91,6 +119,10 @@ int run(std::vector<std::string> arguments, std::ostream& out, std::ostream& err
   if (app.got_subcommand("table")) status = tableCommand(options.table, out, err);
   if (app.got_subcommand("decimal")) status = decimalCommand(options.decimal, out, err);
   if (app.got_subcommand("message")) status = messageCommand(options.message, out, err);
+  if (app.got_subcommand("formats")) status = formatsCommand(options.formats, out, err);
+  if (app.got_subcommand("date")) status = dateCommand(options.date, out, err);
+  if (app.got_subcommand("oid")) status = oidCommand(options.oid, out, err);
+  if (app.got_subcommand("param")) status = paramCommand(options.param, out, err);
   if (!out.flush()) {
     err << "nomtool: the output cannot be written\n";
     return kExitUsage;

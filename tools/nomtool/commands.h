@@ -34,6 +34,26 @@ struct MessageOptions {
   bool json = false;
 };
 
+struct FormatsOptions {
+  bool json = false;
+};
+
+struct DateOptions {
+  std::string date;
+  bool json = false;
+};
+
+struct OidOptions {
+  std::string bytes;
+  bool json = false;
+};
+
+struct ParamOptions {
+  std::string format;
+  std::string text;
+  bool json = false;
+};
+
 // The figures of the numeric columns of a delimited file.
 int tableCommand(const TableOptions& options, std::ostream& out, std::ostream& err);
 
@@ -42,6 +62,18 @@ int decimalCommand(const DecimalOptions& options, std::ostream& out, std::ostrea
 
 // The texts of status numbers.
 int messageCommand(const MessageOptions& options, std::ostream& out, std::ostream& err);
+
+// The formats of parameters and the tables of the type system.
+int formatsCommand(const FormatsOptions& options, std::ostream& out, std::ostream& err);
+
+// A day number, or now, in every form.
+int dateCommand(const DateOptions& options, std::ostream& out, std::ostream& err);
+
+// The bytes of an object identifier in every style.
+int oidCommand(const OidOptions& options, std::ostream& out, std::ostream& err);
+
+// A parameter built from a text: its bytes, its text and its binary image.
+int paramCommand(const ParamOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace nomtool
 

@@ -105,9 +105,11 @@ class TableReader {
       return;
     }
     const StoredNumber number = storeNumber(field);
-    if (number.status != kNoError) {
+    const int status =
+        number.status != kNoError ? number.status : carryThroughParameters(number.stored);
+    if (status != kNoError) {
       ++column.refused;
-      _report(_row.line, _place(index) + messageText(number.status));
+      _report(_row.line, _place(index) + messageText(status));
       return;
     }
     if (!number.exact) {

@@ -1,0 +1,35 @@
+// Bytes as hexadecimal digits, and back.
+#include "valuetext.h"
+
+namespace nomtool {
+
+std::optional<std::string> bytesFromHex(std::string_view digits) {
+  std::string bytes;
+  while (!digits.empty()) {
+    if (digits.front() == ' ') {
+      digits.remove_prefix(1);
+      continue;
+    }
+    unsigned value = 0;
+    const std::string_view pair = digits.substr(0, 2);
+    const auto [end, error] = std::from_chars(pair.data(), pair.data() + pair.size(), value, 16);
+    if (pair.size() != 2 || error != std::errc() || end != pair.data() + 2) return std::nullopt;
+    bytes += static_cast<char>(value);
+    digits.remove_prefix(2);
+  }
+  return bytes;
+}
+
+std::string hexOf(const void* bytes, std::size_t count) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  const auto* const byte = static_cast<const unsigned char*>(bytes);
+  std::string text;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i != 0) text += ' ';
+    text += kDigits[byte[i] >> 4];
+    text += kDigits[byte[i] & 15];
+  }
+  return text;
+}
+
+}  // namespace nomtool

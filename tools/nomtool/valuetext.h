@@ -1,0 +1,30 @@
+// Values as the commands take them from the command line, and bytes as they show them.
+#ifndef NOMTOOL_VALUETEXT_H
+#define NOMTOOL_VALUETEXT_H
+
+#include <charconv>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace nomtool {
+
+// The whole text as a number of type T; a real may have an exponent.
+template <class T>
+std::optional<T> numberOf(std::string_view text) {
+  T value{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+// "de ad" as two bytes; blanks between pairs do not count.
+std::optional<std::string> bytesFromHex(std::string_view digits);
+
+// Two digits and a blank for each byte, without the last blank.
+std::string hexOf(const void* bytes, std::size_t count);
+
+}  // namespace nomtool
+
+#endif  // NOMTOOL_VALUETEXT_H
