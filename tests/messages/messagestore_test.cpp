@@ -207,7 +207,7 @@ TEST_F(MessageStoreTest, FallsBackForMessageOneToo) {
   static constexpr NosMessageRow kRow[] = {{0x610003E8, 3, "one"}};
   static constexpr NosMessageIndex kIndex(kRow);
   // The test object lies in no module, so that on Windows there is no resource either.
-  const NosMessageModule module = {this, kRow, kIndex.slots, kIndex.kSlotBits};
+  const NosMessageModule module = {this, kRow, kIndex.slots, kIndex.kSlotShift};
   writeMessages("eng", "1 \"unknown\"\n");
   MessageStore store(module);
   EXPECT_EQ(lookUp(store, 42), (Answer{1, "42      unknown"}));

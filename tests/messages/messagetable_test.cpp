@@ -55,7 +55,7 @@ TEST(MessageTable, CopiesTextsOfEveryLengthExactly) {
     rows[length] = {identifier, length, text.c_str() + 199 - length};
   }
   const NosMessageIndex index(rows);
-  const NosMessageModule module = {rows, rows, index.slots, index.kSlotBits};
+  const NosMessageModule module = {rows, rows, index.slots, index.kSlotShift};
   if (lookUp(module, rows[0].identifier) == "refused") GTEST_SKIP() << "tables here are no rows";
   for (const auto& row : rows)
     EXPECT_EQ(lookUp(module, row.identifier), row.text + std::string("~"));

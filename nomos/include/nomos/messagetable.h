@@ -15,10 +15,10 @@ struct NosMessageRow {
   const char* text;      // ends with NUL
 };
 
-// The first slot of an identifier in an index of 2^slotBits slots (multiplicative hashing, Knuth
-// volume 3, 6.4).
-constexpr std::uint32_t nosMessageSlot(std::uint32_t identifier, unsigned slotBits) {
-  return static_cast<std::uint32_t>(identifier * 0x9E3779B9u) >> (32 - slotBits);
+// The first slot of an identifier in an index of 2^(32 - slotShift) slots (multiplicative hashing,
+// Knuth volume 3, 6.4).
+constexpr std::uint32_t nosMessageSlot(std::uint32_t identifier, unsigned slotShift) {
+  return static_cast<std::uint32_t>(identifier * 0x9E3779B9u) >> slotShift;
 }
 
 // The index of a table of rows: each row's number, counted from 1, stands in the first slot that
@@ -30,28 +30,39 @@ struct NosMessageIndex {
 
   constexpr explicit NosMessageIndex(const NosMessageRow (&rows)[kRowCount]) {
     for (std::size_t row = 0; row < kRowCount; ++row) {
-      std::uint32_t slot = nosMessageSlot(rows[row].identifier, kSlotBits);
-      while (slots[slot] != 0) slot = (slot + 1) & ((1u << kSlotBits) - 1);
+      std::uint32_t slot = nosMessageSlot(rows[row].identifier, kSlotShift);
+      while (slots[slot] != 0) slot = (slot + 1) & (kSlotCount - 1);
       slots[slot] = static_cast<std::uint16_t>(row + 1);
     }
   }
 
-  static constexpr unsigned slotBits() {
-    unsigned bits = 4;
-    while ((std::size_t{1} << bits) < 16 * kRowCount) ++bits;
-    return bits;
+  static constexpr unsigned slotShift() {
+    unsigned shift = 28;
+    while ((std::size_t{1} << (32 - shift)) < 16 * kRowCount) --shift;
+    return shift;
   }
 
-  static constexpr unsigned kSlotBits = slotBits();
-  std::uint16_t slots[std::size_t{1} << kSlotBits] = {};
+  static constexpr unsigned kSlotShift = slotShift();
+  static constexpr std::size_t kSlotCount = std::size_t{1} << (32 - kSlotShift);
+  std::uint16_t slots[kSlotCount] = {};
 };
 
 struct NosMessageModule {
   const void* anchor;          // any address inside the module, by which Windows finds it
   const NosMessageRow* rows;   // this and the index are not read on Windows
   const std::uint16_t* slots;  // of the NosMessageIndex of rows
-  unsigned slotBits;           // of the same
+  unsigned slotShift;          // of the same
 };
+
+// The module itself where its table is its rows, which may then be read in place; null where it is
+// a resource.
+NOMOS_API const NosMessageModule* nosReadableRows(const NosMessageModule& module);
+
+// The number, from 1, of the row in an identifier's first slot, which may be that of another one; 0
+// when the slot is free.
+inline std::uint32_t nosFirstRow(const NosMessageModule& module, std::uint32_t identifier) {
+  return module.slots[nosMessageSlot(identifier, module.slotShift)];
+}
 
 // Last errors of nosFormatModuleMessage, the same numbers on both platforms.
 inline constexpr unsigned kNosMessageNotFound = 317;

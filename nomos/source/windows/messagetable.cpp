@@ -5,6 +5,10 @@
 
 #include <cstring>
 
+const NosMessageModule* nosReadableRows(const NosMessageModule&) {
+  return nullptr;
+}
+
 bool nosFormatModuleMessage(const NosMessageModule& module, std::uint32_t identifier,
                             std::uint32_t language, char* buffer, std::uint32_t size) {
   HMODULE handle = nullptr;

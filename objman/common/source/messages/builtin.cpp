@@ -36,6 +36,6 @@ constexpr NosMessageIndex kIndex(kRows);
 
 }  // namespace
 
-constinit const NosMessageModule kBuiltInMessages = {kRows, kRows, kIndex.slots, kIndex.kSlotBits};
+constinit const NosMessageModule kBuiltInMessages = {kRows, kRows, kIndex.slots, kIndex.kSlotShift};
 
 }  // namespace nomutil::messages

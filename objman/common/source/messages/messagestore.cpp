@@ -44,6 +44,39 @@ int copyBounded(char* buffer, unsigned size, const char* text) {
   return kNoError;
 }
 
+constexpr std::uint32_t kBlock = 16;
+
+struct Block {
+  std::uint64_t low;
+  std::uint64_t high;
+};
+static_assert(sizeof(Block) == kBlock);
+
+void copyBlock(char* target, const char* source, std::uint32_t offset) {
+  Block block;
+  std::memcpy(&block, source + offset, kBlock);
+  std::memcpy(target + offset, &block, kBlock);
+}
+
+// Copies the text of an identifier if it stands in its first slot, fits, and has a usual length:
+// with its NUL, one to four blocks, of which the last ones end with the text and overlap the first.
+// False otherwise, and nothing is done.
+bool tryCopyRow(const NosMessageModule& module, std::uint32_t identifier, char* buffer,
+                unsigned size) {
+  const std::uint32_t number = nosFirstRow(module, identifier);
+  if (number == 0) return false;
+  const auto [rowIdentifier, length, text] = module.rows[number - 1];
+  const std::uint32_t last = length + 1 - kBlock;  // wraps around for a shorter text
+  if (rowIdentifier != identifier || size - 1 < length || last > 3 * kBlock) return false;
+  copyBlock(buffer, text, 0);
+  copyBlock(buffer, text, last);
+  if (last > kBlock) {
+    copyBlock(buffer, text, kBlock);
+    copyBlock(buffer, text, last - kBlock);
+  }
+  return true;
+}
+
 enum class ReadResult { Complete, Unreadable, OutOfMemory };
 
 // Reads the rest of a file into a block of its own.
@@ -69,15 +102,13 @@ ReadResult readAll(KoraFile& file, HeapText& bytes, std::size_t& byteCount) {
 
 }  // namespace
 
-// The short way, for nearly every lookup: the built-in table has the text. It keeps little alive
-// across the one call; whatever it does not settle goes the long way from the start.
+// The short way, for nearly every lookup: the built-in table has the text. It calls nothing; what
+// it does not settle goes the long way from the start.
 int MessageStore::copyText(unsigned number, char* buffer, unsigned size, int severity,
                            unsigned facility) {
-  const View* view = _view.load(std::memory_order_acquire);
-  const bool ordinary = number - 1 < 0xFFFF && buffer != nullptr;
-  if (view != nullptr && view->builtIn && ordinary &&
-      nosFormatModuleMessage(_module, messageIdentifier(number, severity, facility), 0, buffer,
-                             size)) {
+  const NosMessageModule* rows = _view.load(std::memory_order_acquire)->rows;
+  if (rows != nullptr && number <= 0xFFFF && buffer != nullptr &&
+      tryCopyRow(*rows, messageIdentifier(number, severity, facility), buffer, size)) {
     return kNoError;
   }
   return _copyText(number, buffer, size, severity, facility);
@@ -121,6 +152,8 @@ int MessageStore::pointAtText(unsigned number, char** text) {
     *text = found;
     return kNoError;
   }
+  NOMUTIL_REQUIRE(kSource, *text != nullptr);
+  if (*text == nullptr) return kUndefinedMessageNumber;
   const int length = intlSnprintf(*text, kNumberSize, "%-7d", static_cast<std::int32_t>(number));
   (*text)[length] = ' ';
   return kUndefinedMessageNumber;
@@ -128,14 +161,15 @@ int MessageStore::pointAtText(unsigned number, char** text) {
 
 inline const MessageStore::View& MessageStore::_current() {
   const View* view = _view.load(std::memory_order_acquire);
-  return view != nullptr ? *view : _initialise();
+  return view != &kFresh ? *view : _initialise();
 }
 
 const MessageStore::View& MessageStore::_initialise() {
   const View* view = nullptr;
   {
     ThreadMutexHold hold(_lock);
-    if (const View* made = _view.load(std::memory_order_relaxed)) return *made;
+    const View* made = _view.load(std::memory_order_relaxed);
+    if (made != &kFresh) return *made;
     _readConfiguration();
     if (!_initialView.builtIn) _loadMessageFile(_initialView);
     _setNotFoundText(_initialView);
@@ -169,6 +203,7 @@ void MessageStore::_readConfiguration() {
   getIniFileStringParam(kSection, kLanguageKey, "<default>", language, sizeof language,
                         configuration);
   _initialView.builtIn = nosStrcmpi(language, "<default>") == 0 || nosStrcmpi(language, "eng") == 0;
+  if (_initialView.builtIn) _initialView.rows = nosReadableRows(_module);
 
   // The file name takes three characters of the key as it stands: an explicit "<default>" gives
   // kormsgs.<de.
@@ -193,6 +228,7 @@ void MessageStore::_loadMessageFile(View& view) {
   intlSnprintf(_loadError, kLoadErrorSize, failure, _path);
   view.loadError = _loadError;
   view.builtIn = false;
+  view.rows = nullptr;
 }
 
 // Returns null, or the format of the load error text.

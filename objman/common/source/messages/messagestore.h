@@ -1,8 +1,8 @@
 // The lookup of message texts. Its state is Fresh until the first lookup; then it is what the
 // configuration chose, the built-in table or a message file; and in the first case it changes once
 // more when a number that is not built in makes it load the message file after all. What lookups
-// read is gathered in a View, of which there is one per state and which never changes: a lookup
-// takes the current one with one acquire load and needs neither lock nor memory.
+// read is gathered in a View, of which there is one per state and which never changes once it is
+// current: a lookup takes it with one acquire load and needs neither lock nor memory.
 #ifndef NOMUTIL_MESSAGES_MESSAGESTORE_H
 #define NOMUTIL_MESSAGES_MESSAGESTORE_H
 
@@ -29,15 +29,18 @@ class MessageStore {
 
  private:
   struct View {
-    bool builtIn;           // the built-in table is asked first
+    bool builtIn;  // the built-in table is asked first
+    // The built-in table where it is asked first and can be read in place, null otherwise.
+    const NosMessageModule* rows;
     char* directory;        // of the message files
     const char* notFound;   // what stands behind the number in a made-up text
     const FileTable* file;  // null unless the message file has been loaded
     char* loadError;        // null unless loading it has failed
   };
 
-  int _copyText(unsigned number, char* buffer, unsigned size, int severity, unsigned facility)
-      NOMOS_EXCLUDES(_lock);
+  // Not part of copyText, whose short way it would make save registers.
+  [[gnu::noinline]] int _copyText(unsigned number, char* buffer, unsigned size, int severity,
+                                  unsigned facility) NOMOS_EXCLUDES(_lock);
   const View& _current() NOMOS_EXCLUDES(_lock);
   const View& _initialise() NOMOS_EXCLUDES(_lock);
   const View& _loadFallback() NOMOS_EXCLUDES(_lock);
@@ -54,7 +57,8 @@ class MessageStore {
   static constexpr unsigned kLoadErrorSize = 100;
 
   const NosMessageModule& _module;
-  std::atomic<const View*> _view{nullptr};  // null while Fresh
+  static constexpr View kFresh = {};
+  std::atomic<const View*> _view{&kFresh};
 
   // The lock guards the making of views and of the storage to which they point.
   ThreadMutex _lock{"NomRes"};
