@@ -9,6 +9,7 @@
 #define NOMUTIL_TESTS_DECIMALSHOW_H
 
 #include "recorder.h"
+#include "rows.h"
 #include "sys/decimals.h"
 
 #include <gtest/gtest.h>
@@ -54,17 +55,6 @@ inline std::string show(const Decimal& value) {
          (value.isvalid() ? "" : "(invalid)");
 }
 
-// Text with counts behind its characters, written out: "10{3}.9{2}" is "1000.99".
-inline std::string expand(const std::string& text) {
-  std::string all;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool counted = text[i] == '{';
-    all.append(counted ? std::stoul(text.substr(i + 1)) - 1 : 1, text[counted ? i - 1 : i]);
-    if (counted) i = text.find('}', i);
-  }
-  return all;
-}
-
 inline Decimal dec(const std::string& text) {
   return text == "empty" ? Decimal() : Decimal(expand(text).c_str());
 }
@@ -77,22 +67,6 @@ inline std::string showAll(const std::vector<Decimal>& values) {
   std::string all;
   for (const Decimal& value : values) all += (all.empty() ? "" : " ") + show(value);
   return all;
-}
-
-using Row = std::vector<std::string>;
-
-// Expects of each row of a table, `width` words each, that check(row) gives its last word.
-template <class Check>
-void expectRows(std::size_t width, Check check, const std::string& table) {
-  std::istringstream words(table);
-  Row row;
-  for (std::string word; words >> word;) {
-    row.push_back(expand(word));
-    if (row.size() < width) continue;
-    EXPECT_EQ(check(row), row.back()) << "for " << testing::PrintToString(row);
-    row.clear();
-  }
-  EXPECT_TRUE(row.empty()) << "the last row is not full";
 }
 
 inline std::uint8_t byteOf(const std::string& number, int base = 10) {
