@@ -76,6 +76,12 @@ TEST(CommandLine, PrintsTheExactResultOrWhyThereIsNone) {
         "value   9b 8a 25 00 f2 96 07 03 f4 fc ff ff\ntext    05 January 2024, 14:07:09 +1300\n"
         "image   9b 8a 25 00 f2 96 07 03 f4 fc ff ff\n",
         ""}},
+      {"param DSKDECIMAL 12.50",
+       {0,
+        "format  DSKDECIMAL\nheader  13 00 00 00 00 00 00 00\n"
+        "value   02 02 e2 04 aa aa aa aa aa aa aa aa 00 00 00 00\ntext    12.50\n"
+        "image   02 02 e2 04 aa aa aa aa aa aa aa aa 00 00\n",
+        ""}},
       {"param 33 deAD",
        {0,
         "format  DSKKORABINARY\nheader  21 00 00 00 00 00 00 00\nvalue   pointers\n"
@@ -87,6 +93,30 @@ TEST(CommandLine, PrintsTheExactResultOrWhyThereIsNone) {
       {"message --json 1006", {0, messageJson, ""}},
   };
   for (const auto& [line, outcome] : kRows) EXPECT_EQ(runTool(line), outcome) << line;
+}
+
+TEST(CommandLine, PrintsTheFormatsAndTheTypeTables) {
+  const auto [status, text, err] = runTool("formats");
+  const std::string json = std::get<1>(runTool("formats --json"));
+  for (const char* line :
+       {"\n    25  DSKKORASTRING         String             string       24  yes    3\n",
+        "\n    57  DSKTIMESTAMPOFFSET    TimestampOffset    fixed        12  yes    57\n",
+        "\nByte               -          -          -          -          yes        -",
+        "\nTimestamp          -          -          -          -          -          -          "
+        "Timestamp  Interval   Timestamp  -\n"}) {
+    EXPECT_NE(text.find(line), text.npos) << line << text;
+  }
+  for (const char* part :
+       {R"("number": 11,"enumerator": "DSKBINARY","name": "Binary","family": "binary",)"
+        R"("bytes": 516,"fitsShortParam": false,"asTypeNumber": 11)",
+        R"({"target": 19,"source": 21})",
+        R"({"operation": 4,"left": 19,"right": 21,"result": 4})"}) {
+    std::string packed;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+      if (json[i] != '\n' && (json[i] != ' ' || json[i - 1] == ':')) packed += json[i];
+    }
+    EXPECT_NE(packed.find(part), packed.npos) << part << json;
+  }
 }
 
 TEST(CommandLine, AnOutputThatCannotBeWrittenIsStatus2) {
@@ -106,7 +136,7 @@ class TableCommand : public testing::Test {
 TEST_F(TableCommand, AlignsPointsAndNamesWhatItLeavesOut) {
   write("price;caf\xC3\xA9;city;code\n-1.5;7;x;x\n10.25;;y;1\n;1000;z;x\nn/a;8;z;x\n");
   const std::string out =
-      ": 4 rows, 4 columns, 2 of them numeric\n"
+      ": 4 rows, 4 columns, 2 of them numeric; 13 values came through parameters\n"
       "column  count  missing  refused  smallest  largest      sum      mean\n"
       "price       2        1        1      -1.5    10.25     8.75    4.375\n"
       "caf\xC3\xA9        3        1        0       7    1000     1015     338.3333\n"
@@ -119,7 +149,8 @@ TEST_F(TableCommand, AlignsPointsAndNamesWhatItLeavesOut) {
 TEST_F(TableCommand, PrintsDecimalsInJsonAsText) {
   write("v\tn\n0.10\ta\n0.000000000000000000000001\tb\n7\n");
   const std::string json =
-      "\",\n  \"rows\": 3,\n  \"refusedRows\": 1,\n  \"columns\": [\n    {\n      \"name\": "
+      "\",\n  \"rows\": 3,\n  \"refusedRows\": 1,\n  \"carried\": 4,\n  \"columns\": [\n    {\n    "
+      "  \"name\": "
       "\"v\",\n"
       "      \"count\": 2,\n      \"missing\": 0,\n      \"refused\": 0,\n      \"rounded\": 1,\n"
       "      \"smallest\": \"0.00000000000000000000000\",\n      \"largest\": \"0.10\",\n"

@@ -3,8 +3,11 @@
 
 #include "storednumber.h"
 
+#include "nomos/testhooks.h"
+
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -106,6 +109,17 @@ TEST(TableFigures, ReportWhateverTheyLeaveOut) {
       {"\"a\nb", "t:1: a quoted field is not closed" + refused},
   };
   for (const auto& [text, refusals] : kRows) EXPECT_EQ(figuresOf(text).second, refusals) << text;
+}
+
+TEST(TableFigures, ReportATextThatDoesNotArrive) {
+  // The first allocation is the text's object, without which an empty text arrives.
+  const std::pair<std::uint64_t, std::string> kRows[] = {
+      {1, "Invalid parameter value (1002)\n"}, {2, "A memory allocation request failed (1448)\n"}};
+  for (const auto& [allocation, text] : kRows) {
+    nosFailAllocation(allocation);
+    EXPECT_EQ(figuresOf("v,t\n1,abc\n").second, "t:2: row 1, column 2 \"t\": \"abc\": " + text);
+    nosFailAllocation(0);
+  }
 }
 
 }  // namespace

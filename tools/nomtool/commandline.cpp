@@ -22,6 +22,7 @@ constexpr const char* kTableText =
     "around it aside. A field that is no number, or is outside the 23 digits of a stored decimal, "
     "is\n"
     "refused; a row of the wrong width is refused as a whole; an empty field counts as missing.\n"
+    "Numbers and texts pass through parameters; what does not arrive as it was sent is refused.\n"
     "Every figure is that of the stored values: a field that storing rounds is reported with the\n"
     "value stored. The sum is exact; the mean is cut after 23 places and the table shows it "
     "rounded\n"

@@ -3,7 +3,6 @@
 #include "storednumber.h"
 
 #include "sys/messages.h"
-#include "sys/params.h"
 
 #include <algorithm>
 
@@ -76,21 +75,6 @@ StoredNumber storeNumber(std::string_view text) {
   }
   number.exact = absolute(Decimal(number.stored)) == absolute(Decimal(digits.c_str()));
   return number;
-}
-
-int carryThroughParameters(const DskDecimal& value) {
-  ShortDskParam sent(DSKDECIMAL, 0, 0);
-  sent.setValue(value);
-  ShortDskParam copied;
-  if (const int status = paramcpy(&copied, &sent); status != kNoError) return status;
-  ShortDskParam image = ShortDskParam::allZero();
-  ShortDskParam arrived(DSKDECIMAL, 0, 0);
-  arrived.setValue(DskDecimal{});
-  if (const int status = paramAsBinary(&image, &copied); status != kNoError) return status;
-  if (const int status = paramFromBinary(&arrived, &image); status != kNoError) return status;
-  bool equal = false;
-  const int status = paramsAreEqual(sent, arrived, &equal);
-  return status == kNoError && !equal ? kInvalidParameterValue : status;
 }
 
 std::string decimalText(const DskDecimal& value) {

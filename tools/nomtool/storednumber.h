@@ -31,10 +31,6 @@ struct StoredNumber {
 // Stores the number that a text shows.
 StoredNumber storeNumber(std::string_view text);
 
-// Hands a stored number on as programs do: in a parameter, copied to another, compared, as bytes to
-// a third. 0 when the same number arrives.
-int carryThroughParameters(const DskDecimal& value);
-
 // All digits of the value.
 std::string decimalText(const DskDecimal& value);
 std::string decimalText(const Decimal& value);

@@ -108,7 +108,8 @@ void printTable(const Table& table, const TableOptions& options, std::ostream& o
                                      [](const Column& column) { return column.isNumeric; });
   out << options.file << ": " << table.rows << " rows";
   if (table.refusedRows > 0) out << " (" << table.refusedRows << " refused)";
-  out << ", " << table.columns.size() << " columns, " << numeric << " of them numeric\n";
+  out << ", " << table.columns.size() << " columns, " << numeric << " of them numeric; "
+      << table.carried << " values came through parameters\n";
   printFigures(table, out);
 
   const char* separator = "without figures: ";
@@ -122,11 +123,9 @@ void printTable(const Table& table, const TableOptions& options, std::ostream& o
 }
 
 void printJson(const Table& table, const TableOptions& options, std::ostream& out) {
-  Json root = {{"file", options.file},
-               {"rows", table.rows},
-               {"refusedRows", table.refusedRows},
-               {"columns", Json::array()},
-               {"withoutFigures", Json::array()}};
+  Json root = {
+      {"file", options.file},     {"rows", table.rows},       {"refusedRows", table.refusedRows},
+      {"carried", table.carried}, {"columns", Json::array()}, {"withoutFigures", Json::array()}};
   for (const Column& column : table.columns) {
     if (!column.isNumeric) {
       root["withoutFigures"].push_back({{"name", column.name}, {"numbers", column.numbers}});

@@ -1,9 +1,10 @@
 // Two passes over the text. The first counts the numbers in every column; the second carries the
-// fields of the numeric ones through the stored form. Both take the same rows: those that are well
-// formed and as wide as the header. Only the second one reports.
+// fields through parameters, those of the numeric columns in the stored form. Both take the same
+// rows: those that are well formed and as wide as the header. Only the second one reports.
 #include "tablefigures.h"
 
 #include "csvreader.h"
+#include "parametercarrier.h"
 #include "storednumber.h"
 
 #include "sys/messages.h"
@@ -28,6 +29,7 @@ class TableReader {
     CsvReader again = _open();
     _nextRow(again);  // the header
     while (_nextRow(again)) _carryRow();
+    _table.carried = _carrier.arrived();
     return _table;
   }
 
@@ -93,11 +95,18 @@ class TableReader {
       return;
     }
     for (std::size_t i = 0; i < _row.fields.size(); ++i) {
-      if (_table.columns[i].isNumeric) _carryField(i);
+      _table.columns[i].isNumeric ? _carryNumber(i) : _carryText(i);
     }
   }
 
-  void _carryField(std::size_t index) {
+  void _carryText(std::size_t index) {
+    const int status = _carrier.carry(_row.fields[index]);
+    if (status == kNoError) return;
+    ++_table.columns[index].refused;
+    _report(_row.line, _place(index) + messageText(status));
+  }
+
+  void _carryNumber(std::size_t index) {
     Column& column = _table.columns[index];
     const std::string& field = _row.fields[index];
     if (trimmed(field).empty()) {
@@ -105,8 +114,7 @@ class TableReader {
       return;
     }
     const StoredNumber number = storeNumber(field);
-    const int status =
-        number.status != kNoError ? number.status : carryThroughParameters(number.stored);
+    const int status = number.status != kNoError ? number.status : _carrier.carry(number.stored);
     if (status != kNoError) {
       ++column.refused;
       _report(_row.line, _place(index) + messageText(status));
@@ -151,6 +159,7 @@ class TableReader {
   const TableSource& _source;
   Table _table;
   CsvRow _row;
+  ParameterCarrier _carrier;
 };
 
 }  // namespace

@@ -22,7 +22,8 @@ struct Column {
   // Of the numeric columns: every field of a row that was taken is in count, missing or refused.
   std::uint64_t count = 0;    // stored
   std::uint64_t missing = 0;  // empty or blank
-  std::uint64_t refused = 0;  // no number, or outside the stored form
+  std::uint64_t refused = 0;  // no number, outside the stored form, or, also of a text, lost on
+                              // its way through parameters
   std::uint64_t rounded = 0;  // of count: stored with fewer places than the text has
   DskDecimal smallest{};      // with count > 0
   DskDecimal largest{};
@@ -35,6 +36,7 @@ struct Table {
   std::vector<Column> columns;
   std::uint64_t rows = 0;         // below the header
   std::uint64_t refusedRows = 0;  // of rows: of the wrong width or not well formed
+  std::uint64_t carried = 0;      // numbers and texts that arrived through parameters
   bool isComplete = true;         // nothing was refused or rounded
 };
 

@@ -65,20 +65,23 @@ inline void clearMore(DskParam* parameter) {
   bytesOf(parameter)[offsetof(DskParamHeader, more)] = 0;
 }
 
-// Blocks: the 20 bytes that are theirs, not the padding behind them.
+// Blocks: the 20 bytes that are theirs, not the padding behind them. They are read field by field,
+// as they were written, so that the processor can forward fresh ones.
 inline constexpr std::size_t kBlockSize = 20;
 template <class Block, class A>
 Block loadBlock(const A* parameter) {
   static_assert(offsetof(Block, capacity) + 4 == kBlockSize);
   Block block{};
-  std::memcpy(&block, valueOf(parameter), kBlockSize);
+  block.data = load<decltype(block.data)>(parameter);
+  block.offset = load<std::uint32_t>(parameter, offsetof(Block, offset));
+  block.length = load<std::uint32_t>(parameter, offsetof(Block, length));
+  block.capacity = load<std::uint32_t>(parameter, offsetof(Block, capacity));
   return block;
 }
 template <class A>
 StringUtf8Info loadUtf8Block(const A* parameter) {
-  StringUtf8Info block{};
-  std::memcpy(&block, valueOf(parameter), kBlockSize);
-  return block;
+  const auto block = loadBlock<DskBinaryBlock>(parameter);
+  return {block.data, block.offset, block.length, block.capacity};
 }
 
 constexpr bool isString(Kind kind) {
