@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <type_traits>
 
@@ -21,8 +22,10 @@
 struct ClassID {
   std::uint8_t bytes[3];
 
-  constexpr std::uint32_t number() const {
-    return bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16;
+  std::uint32_t number() const {
+    std::uint16_t low;
+    std::memcpy(&low, bytes, sizeof low);
+    return low | std::uint32_t{bytes[2]} << 16;
   }
 };
 inline constexpr ClassID kNullClassID{};
@@ -126,9 +129,9 @@ class NOMUTIL_API OidFormatter {
   bool alwaysFull = false;  // with parent, level and sub-object number whatever they are
 
  private:
-  const char* _format(ClassID classId, std::uint64_t instanceId, std::uint8_t qualifier,
-                      ClassID parentClassId, std::uint8_t level, std::uint16_t subId,
-                      std::uint32_t edition);
+  const char* _format(std::uint64_t instanceId, std::uint32_t classWord, std::uint32_t parentWord,
+                      std::uint16_t subId, std::uint32_t edition);
+  void _qualify(std::uint8_t qualifier);
 };
 
 // The zero-padded style of the relational mapping: "0002048.00000000000000000017" in the newer

@@ -4,6 +4,7 @@
 #define NOMOS_DIGITS_H
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -21,7 +22,7 @@ inline constexpr std::array<char, 200> kDigitPairs = [] {
 
 // Exactly 2, 4 or 8 digits. REQUIRES: value has no more.
 inline char* putTwoDigits(char* to, std::uint32_t value) {
-  std::memcpy(to, &kDigitPairs[2 * value], 2);
+  std::memcpy(to, &kDigitPairs[std::size_t{2} * value], 2);
   return to + 2;
 }
 inline char* putFourDigits(char* to, std::uint32_t value) {

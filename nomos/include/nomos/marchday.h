@@ -8,8 +8,8 @@
 
 namespace nomos {
 
-inline constexpr std::uint32_t kFirstDay = 1721426;   // 1 January 1
-inline constexpr std::uint32_t kLastDay = 5373484;    // 31 December 9999
+inline constexpr std::uint32_t kFirstDay = 1721426;    // 1 January 1
+inline constexpr std::uint32_t kLastDay = 5373484;     // 31 December 9999
 inline constexpr std::uint32_t kFirstMarch = 1721120;  // 1 March of year 0
 
 constexpr bool isDayNumber(std::uint32_t date) {

@@ -1,9 +1,9 @@
-// Calendar arithmetic after Neri and Schneider, "Euclidean affine functions and their application
-// to calendar algorithms" (2023): a year begins with March, so that a leap day is its last, and
-// days count from 1 March of year 0. Divisions by constants become multiplications.
+// Calendar arithmetic: a year begins with March, as nomos/marchday.h explains. Divisions by
+// constants become multiplications. And the clock's hook.
 
 #include "nomos/calendar.h"
 
+#include "nomos/marchday.h"
 #include "nomos/testhooks.h"
 #include "platform.h"
 
@@ -12,9 +12,6 @@
 
 namespace {
 
-constexpr std::uint32_t kFirstDay = 1721426;  // 1 January 1
-constexpr std::uint32_t kLastDay = 5373484;   // 31 December 9999
-constexpr std::uint32_t kOrigin = 1721120;    // 1 March of year 0
 constexpr std::uint32_t kInvalid = 0xFFFFFFFF;
 
 constexpr bool isLeapYear(int year) {
@@ -45,26 +42,19 @@ std::uint32_t julianDay(int day, int month, int year) {
   const auto m = static_cast<std::uint32_t>(isBeforeMarch ? month + 12 : month);
   const std::uint32_t yearDays = 365 * y + y / 4 - y / 100 + y / 400;
   const std::uint32_t monthDays = (979 * m - 2919) / 32;
-  return kOrigin + yearDays + monthDays + static_cast<std::uint32_t>(day - 1);
+  return nomos::kFirstMarch + yearDays + monthDays + static_cast<std::uint32_t>(day - 1);
 }
 
 void julianToGregorian(std::uint32_t date, int* day, int* month, int* year) {
-  if (date < kFirstDay || date > kLastDay) {
+  if (!nomos::isDayNumber(date)) {
     *day = *month = *year = 0;
     return;
   }
-  // The century, the year of the century, the month and the day, each from four times what is left.
-  const std::uint32_t n1 = 4 * (date - kOrigin) + 3;
-  const std::uint32_t century = n1 / 146097;
-  const std::uint32_t n2 = n1 % 146097 | 3;
-  const std::uint64_t p2 = std::uint64_t{2939745} * n2;
-  const auto yearOfCentury = static_cast<std::uint32_t>(p2 >> 32);
-  const std::uint32_t dayOfYear = static_cast<std::uint32_t>(p2) / 2939745 / 4;
-  const std::uint32_t n3 = 2141 * dayOfYear + 197913;
-  const bool isNextYear = dayOfYear >= 306;
-  *year = static_cast<int>(100 * century + yearOfCentury + isNextYear);
-  *month = static_cast<int>((n3 >> 16) - (isNextYear ? 12 : 0));
-  *day = static_cast<int>((n3 & 0xFFFF) / 2141 + 1);
+  const nomos::MarchDay march = nomos::splitDayNumber(date);
+  const nomos::YearDay split = nomos::splitDayOfYear(march.dayOfYear);
+  *year = static_cast<int>(100 * march.century + march.yearOfCentury + split.isNextYear);
+  *month = static_cast<int>(split.month);
+  *day = static_cast<int>(split.day);
 }
 
 DskTimeStamp julianDayTime(int day, int month, int year, int hour, int minute, int second,

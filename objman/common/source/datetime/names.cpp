@@ -1,6 +1,6 @@
 // Dates taken apart, the names of months and days, the clock and the flat functions.
 
-#include "text.h"
+#include "words.h"
 
 #include "nomos/calendar.h"
 #include "sys/datetime.h"
@@ -8,11 +8,6 @@
 #include <cstdint>
 
 namespace nomutil::datetime {
-
-const Name kMonthNames[13] = {{"", 0},        {"January", 7},   {"February", 8}, {"March", 5},
-                              {"April", 5},   {"May", 3},       {"June", 4},     {"July", 4},
-                              {"August", 6},  {"September", 9}, {"October", 7},  {"November", 8},
-                              {"December", 8}};
 
 namespace {
 
@@ -45,7 +40,7 @@ int getYear(unsigned date) {
 }
 
 const char* getMonthName(int month) {
-  return month >= 1 && month <= 12 ? kMonthNames[month].text : nullptr;
+  return month >= 1 && month <= 12 ? kMonthNames[static_cast<unsigned>(month)] : nullptr;
 }
 const char* getDateMonthName(unsigned date) {
   return getMonthName(getMonth(date));

@@ -1,62 +1,27 @@
-// Rendering: a text is put together where there is room for any, and cut to the caller's buffer.
+// The texts of dates, times, timestamps, offsets and intervals, with a NUL, where there is room for
+// any: kRoom bytes, all of which may be written. Each function returns text.
 #ifndef NOMUTIL_DATETIME_TEXT_H
 #define NOMUTIL_DATETIME_TEXT_H
 
-#include "nomos/digits.h"
-
-#include <algorithm>
-#include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <string_view>
 
 namespace nomutil::datetime {
 
-// Room for the longest text and what its making may write behind it.
-inline constexpr unsigned kRoom = 64;
+// The longest text has less than 40 characters.
+inline constexpr unsigned kRoom = 48;
 
-// put writes a text of less than kRoom characters, may write to the end of the room behind it, and
-// returns its end.
-template <class Put>
-void render(char* buffer, unsigned length, Put put) {
-  if (length >= kRoom) {
-    *put(buffer) = '\0';
-  } else if (length != 0) {
-    char room[kRoom];
-    const auto size = static_cast<std::size_t>(put(room) - room);
-    const std::size_t stored = std::min<std::size_t>(size, length - 1);
-    std::memcpy(buffer, room, stored);
-    buffer[stored] = '\0';
-  }
-}
+char* writeDate(char* text, std::uint32_t date);
+char* writeTime(char* text, std::uint32_t time);
+char* writeTimeStamp(char* text, std::uint32_t date, std::uint32_t time);
+char* writeTimeStampOffset(char* text, std::uint32_t date, std::uint32_t time, std::int32_t offset);
+char* writeInterval(char* text, std::int64_t milliseconds);
 
-// The functions that check their input also end the buffer itself.
-template <class Put>
-char* renderChecked(char* buffer, unsigned length, Put put) {
-  if (length != 0) buffer[length - 1] = '\0';
-  render(buffer, length, put);
-  return buffer;
-}
+char* writeLiteralDate(char* text, std::uint32_t date);
+char* writeLiteralTime(char* text, std::uint32_t time);
+char* writeLiteralTimeStamp(char* text, std::uint32_t date, std::uint32_t time);
 
-inline char* putText(char* to, std::string_view text) {
-  std::memcpy(to, text.data(), text.size());
-  return to + text.size();
-}
-
-inline constexpr std::string_view kInvalidText = "*invalid*";
-
-// A name of at most 15 characters, copied as 16 bytes.
-struct Name {
-  char text[16];
-  std::uint8_t length;
-};
-inline char* putName(char* to, const Name& name) {
-  std::memcpy(to, name.text, sizeof name.text);
-  return to + name.length;
-}
-
-// Months from 1; the name of month 0 is not used.
-extern const Name kMonthNames[13];
+char* writeDateYMD(char* text, std::uint32_t date);
+char* writeElapsedTime(char* text, std::uint32_t milliseconds);
 
 }  // namespace nomutil::datetime
 
