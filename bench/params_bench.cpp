@@ -1,9 +1,10 @@
 // Parameters beside their peers.
 //
 //   copy     between short parameters of one format, and of all fixed formats in a random order
-//            (mixed). Peers are assignments between two std::variant of the same kinds: "variant"
-//            of fixed sizes alone, which is plain bytes, and "variantText", which can also hold a
-//            std::string, as a parameter can.
+//            (mixed). Peers are assignments between two std::variant of the same kinds:
+//            "variantCall", which can also hold a std::string, as a parameter can, in a function
+//            that is called, as paramcpy is; "variantText", the same inlined; "variant", inlined
+//            and without the string, which is plain bytes.
 //   held     a string of 20 characters made, read and released, copied to a buffer (copied) or
 //            looked at in place (viewed), beside GVariant. stdstring is the same with the
 //            std::string of a std::variant.
@@ -93,6 +94,10 @@ struct Peer {
         },
         value);
   }
+};
+
+struct CalledPeer : Peer<VariantText> {
+  [[gnu::noinline]] static void copy(Value& target, const Value& source) { target = source; }
 };
 
 template <class Side>
@@ -325,7 +330,7 @@ bool registerCopiesOfTexts() {
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  if (!givesOurCopies<Peer<Variant>>("variant") ||
+  if (!givesOurCopies<CalledPeer>("variantCall") || !givesOurCopies<Peer<Variant>>("variant") ||
       !givesOurCopies<Peer<VariantText>>("variantText") || !isExact("ours", copyHeld) ||
       !isExact("gvariant", copyGVariant) || !isExact("variantText", copyStdString) ||
       !registerCopiesOfTexts()) {
@@ -333,6 +338,7 @@ int main(int argc, char** argv) {
   }
   registerHeld();
   registerCopies<Ours>("ours");
+  registerCopies<CalledPeer>("variantCall");
   registerCopies<Peer<Variant>>("variant");
   registerCopies<Peer<VariantText>>("variantText");
   benchmark::RunSpecifiedBenchmarks();

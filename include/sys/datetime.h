@@ -9,8 +9,9 @@
 //             that the zone +1300 is -780; 0x7FFFFFFF is invalid
 //
 // A text function writes at most length bytes to buffer, cuts what is longer, and ends it with a
-// NUL; a length of 0 writes nothing. Nothing fails: a value that cannot be shown is "*invalid*"
-// where a function says so. Everything may be called from any thread.
+// NUL; a length of 0 writes nothing. What a buffer of 48 bytes or more holds behind the NUL may be
+// overwritten: there the words of a text are copied whole. Nothing fails: a value that cannot be
+// shown is "*invalid*" where a function says so. Everything may be called from any thread.
 #ifndef NOMUTIL_SYS_DATETIME_H
 #define NOMUTIL_SYS_DATETIME_H
 

@@ -23,7 +23,7 @@ struct ClassID {
   std::uint8_t bytes[3];
 
   std::uint32_t number() const {
-    std::uint16_t low;
+    std::uint16_t low;  // read as one, since a compiler builds it from single bytes otherwise
     std::memcpy(&low, bytes, sizeof low);
     return low | std::uint32_t{bytes[2]} << 16;
   }
@@ -62,13 +62,6 @@ struct OidKey {
   std::uint8_t level;
   std::uint16_t subId;
 };
-#pragma pack(pop)
-static_assert(sizeof(ClassID) == 3 && sizeof(DskObjectId) == 22);
-static_assert(sizeof(ShortDskObjectId) == 12 && sizeof(OidKey) == 18);
-static_assert(offsetof(DskObjectId, classId) == 8 && offsetof(DskObjectId, qualifier) == 11);
-static_assert(offsetof(DskObjectId, parentClassId) == 12 && offsetof(DskObjectId, level) == 15);
-static_assert(offsetof(DskObjectId, subId) == 16 && offsetof(DskObjectId, edition) == 18);
-static_assert(std::is_trivially_copyable_v<DskObjectId>);
 
 // A handle as far as it is shown: the low half of value, two numbers and three tags.
 struct DskHandle {
@@ -78,8 +71,21 @@ struct DskHandle {
   std::uint8_t tags[3];
   std::uint8_t unused;
 };
+#pragma pack(pop)
+static_assert(sizeof(ClassID) == 3 && sizeof(DskObjectId) == 22);
+static_assert(offsetof(DskObjectId, classId) == 8 && offsetof(DskObjectId, qualifier) == 11);
+static_assert(offsetof(DskObjectId, parentClassId) == 12 && offsetof(DskObjectId, level) == 15);
+static_assert(offsetof(DskObjectId, subId) == 16 && offsetof(DskObjectId, edition) == 18);
+static_assert(offsetof(ShortDskObjectId, classId) == 8 && sizeof(ShortDskObjectId) == 12);
+static_assert(offsetof(ShortDskObjectId, qualifier) == 11 && offsetof(OidKey, classId) == 8);
+static_assert(offsetof(OidKey, qualifier) == 11 && offsetof(OidKey, parentClassId) == 12);
+static_assert(offsetof(OidKey, level) == 15 && offsetof(OidKey, subId) == 16);
+static_assert(sizeof(OidKey) == 18 && sizeof(DskHandle) == 16);
 static_assert(offsetof(DskHandle, first) == 8 && offsetof(DskHandle, second) == 10);
-static_assert(offsetof(DskHandle, tags) == 12 && sizeof(DskHandle) == 16);
+static_assert(offsetof(DskHandle, tags) == 12);
+static_assert(std::is_trivially_copyable_v<DskObjectId> && std::is_trivially_copyable_v<OidKey>);
+static_assert(std::is_trivially_copyable_v<ShortDskObjectId>);
+static_assert(std::is_trivially_copyable_v<DskHandle>);
 
 // Whether two identifiers name the same object: the instance, both classes, the level and the 32
 // bits at offset 16 count; the qualifier and the last two bytes do not.
@@ -129,8 +135,6 @@ class NOMUTIL_API OidFormatter {
   bool alwaysFull = false;  // with parent, level and sub-object number whatever they are
 
  private:
-  const char* _format(std::uint64_t instanceId, std::uint32_t classWord, std::uint32_t parentWord,
-                      std::uint16_t subId, std::uint32_t edition);
   void _qualify(std::uint8_t qualifier);
 };
 

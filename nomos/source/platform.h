@@ -1,7 +1,8 @@
 // What a backend owes to the code in source/common, beside the exported operations that it
 // implements itself. source/linux and source/windows define each of these in a file of the same
-// name: heap.cpp, format.cpp, console.cpp, directory.cpp, codepage.cpp, profile.cpp. The files
-// mutex.cpp, file.cpp, lasterror.cpp and messagetable.cpp implement exported classes and functions.
+// name: heap.cpp, format.cpp, console.cpp, directory.cpp, codepage.cpp, profile.cpp, clock.cpp.
+// The files mutex.cpp, file.cpp, lasterror.cpp, locale.cpp and messagetable.cpp implement exported
+// classes and functions.
 #ifndef NOMOS_SOURCE_PLATFORM_H
 #define NOMOS_SOURCE_PLATFORM_H
 
@@ -54,7 +55,7 @@ inline constexpr std::uint8_t kLower = 8;
 // platform lacks it or it is not single-byte.
 bool loadCodePage(unsigned number, CodePage& table);
 
-// The local date and time of day; a leap second is second 60.
+// clock.cpp: the local date and time of day; a leap second is second 60.
 struct LocalTime {
   int year, month, day, hour, minute, second, millisecond;
 };

@@ -121,6 +121,7 @@ TEST_F(MessageStoreTest, LooksInTheBuiltInTableThenInTheFile) {
     writeMessages(language, file);
     MessageStore store(kBuiltInMessages);
     EXPECT_EQ(lookUp(store, number, size), answer) << number << ": " << note;
+    EXPECT_EQ(lookUp(store, number, size), answer) << number << " again: " << note;
   }
 }
 
@@ -203,14 +204,31 @@ TEST_F(MessageStoreTest, ReportsExhaustedMemoryAndKeepsEveryLine) {
   EXPECT_EQ(nosAllocatedBlocks(), before) << "after stores with all lines";
 }
 
-TEST_F(MessageStoreTest, FallsBackForMessageOneToo) {
-  static constexpr NosMessageRow kRow[] = {{0x610003E8, 3, "one"}};
-  static constexpr NosMessageIndex kIndex(kRow);
-  // The test object lies in no module, so that on Windows there is no resource either.
-  const NosMessageModule module = {this, kRow, kIndex.slots, kIndex.kSlotShift};
+// A table without message 1, but with texts of 0 to 199 characters under random numbers, some of
+// which meet in the index.
+TEST_F(MessageStoreTest, CopiesTextsOfEveryLengthAndFallsBackForMessageOneToo) {
+  std::mt19937 random(1);
+  std::string text;
+  for (int i = 0; i < 199; ++i) text += static_cast<char>('!' + i % 90);
+  NosMessageRow rows[200];
+  for (std::uint32_t length = 0; length < 200; ++length) {
+    const auto number = static_cast<std::uint32_t>(300 * (length + 1) + random() % 300);
+    rows[length] = {messageIdentifier(number, 1, 256), length, text.c_str() + 199 - length};
+  }
+  const NosMessageIndex index(rows);
+  // The test object lies in no module, so that on Windows there is no resource.
+  const NosMessageModule module = {this, rows, index.slots, index.kSlotShift};
   writeMessages("eng", "1 \"unknown\"\n");
   MessageStore store(module);
   EXPECT_EQ(lookUp(store, 42), (Answer{1, "42      unknown"}));
+  if (nosReadableRows(module) == nullptr) return;
+  for (const auto& row : rows) {
+    const auto number = static_cast<int>(row.identifier & 0xFFFF);
+    for (const unsigned size : {0u, row.length + 1, row.length, 1u}) {
+      const std::string kept = std::string(row.text).substr(0, size - 1);
+      EXPECT_EQ(lookUp(store, number, size), (Answer{0, kept})) << row.length << ", " << size;
+    }
+  }
 }
 
 // The file that the build makes for the installation directory holds every built-in text.
@@ -218,6 +236,7 @@ TEST_F(MessageStoreTest, FindsItsOwnFileInTheBuildTree) {
   nosSetInstallDirectory(nullptr);
   MessageStore store(kBuiltInMessages);
   EXPECT_EQ(lookUp(store, 42), (Answer{1, "42      Undefined message number"}));
+  EXPECT_TRUE(recorder.takeBoxes().empty()) << "the file is missing";
 #define NOMUTIL_NUMBER(name, number, text) number,
   for (const int number : {NOMUTIL_MESSAGE_LIST(NOMUTIL_NUMBER)}) {
     EXPECT_EQ(pointAt(store, number), lookUp(store, number));
@@ -251,7 +270,9 @@ TEST_F(MessageStoreTest, ServesTheFirstLookupsOfManyThreads) {
 TEST_F(MessageStoreTest, ExportedFunctionsReportNull) {
   EXPECT_EQ(nomGetMessageText(1002, nullptr, 10), kNoRoom);
   EXPECT_EQ(NomGetMessageText(1002, nullptr), kNoRoom);
-  EXPECT_EQ(recorder.takeExpressions(), "buffer != nullptr; text != nullptr");
+  char* text = nullptr;
+  EXPECT_EQ(NomGetMessageText(77777, &text), 1);
+  EXPECT_EQ(recorder.takeExpressions(), "buffer != nullptr; text != nullptr; *text != nullptr");
 }
 
 }  // namespace

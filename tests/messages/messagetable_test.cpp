@@ -1,5 +1,5 @@
 // Message tables of modules: the contract of nosFormatModuleMessage on the library's own table, on
-// both platforms, and the copying of texts of every length where tables are rows.
+// both platforms.
 #include "nomos/messagetable.h"
 
 #include "messages/builtin.h"
@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 #include <string>
 #include <tuple>
 
@@ -42,24 +41,6 @@ TEST(MessageTable, CutsTheTextToTheBufferAndRefusesWhatItLacks) {
   for (const auto& [identifier, language, size, bytes, note] : kRows) {
     EXPECT_EQ(lookUp(kBuiltInMessages, identifier, language, size), bytes) << note;
   }
-}
-
-// Texts of 0 to 199 characters under random identifiers, of which some meet in the index.
-TEST(MessageTable, CopiesTextsOfEveryLengthExactly) {
-  std::mt19937 random(1);
-  std::string text;
-  for (int i = 0; i < 199; ++i) text += static_cast<char>('!' + i % 90);
-  static NosMessageRow rows[200];
-  for (std::uint32_t length = 0; length < 200; ++length) {
-    const std::uint32_t identifier = 0x60000000u | static_cast<std::uint32_t>(random() >> 4);
-    rows[length] = {identifier, length, text.c_str() + 199 - length};
-  }
-  const NosMessageIndex index(rows);
-  const NosMessageModule module = {rows, rows, index.slots, index.kSlotShift};
-  if (lookUp(module, rows[0].identifier) == "refused") GTEST_SKIP() << "tables here are no rows";
-  for (const auto& row : rows)
-    EXPECT_EQ(lookUp(module, row.identifier), row.text + std::string("~"));
-  EXPECT_EQ(lookUp(module, 0x60000001), "refused");
 }
 
 }  // namespace

@@ -1,31 +1,40 @@
-// The worked bytes of docs/formats/parameter.md, datetime.md and objectid.md.
+// The worked bytes of docs/formats: parameter.md, datetime.md and objectid.md.
 
+#include "exactparam.h"
 #include "sys/datetime.h"
 #include "sys/decimals.h"
 #include "sys/formatters.h"
-#include "sys/params.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
-namespace {
+#include <cstdio>
 
 template <class Record>
-void expectBytes(const Record& record, const std::vector<int>& expected) {
-  const auto* const bytes = reinterpret_cast<const unsigned char*>(&record);
-  EXPECT_EQ(std::vector<int>(bytes, bytes + expected.size()), expected);
+static std::string hexOf(const Record& record, std::size_t size = sizeof(Record)) {
+  char text[3 * sizeof record + 1];
+  for (std::size_t i = 0; i < size; ++i)
+    std::snprintf(text + 3 * i, 4, " %02X", reinterpret_cast<const unsigned char*>(&record)[i]);
+  return text + 1;
 }
 
 TEST(StoredBytes, OfParametersAreThoseOfTheirPage) {
-  const DskHeader header{0x13};
-  ShortDskParam param;
-  param.header = DskParamHeader(header);
-  DskDecimal stored{};
-  ASSERT_TRUE(nomDecimalFromString("12.50", &stored));
-  param.setValue(stored);
-  // clang-format off
-  expectBytes(param, {0x13, 0, 0, 0, 0, 0, 0, 0, 0x02, 0x02, 0xE2, 0x04, 0xAA, 0xAA, 0xAA, 0xAA});
+  ShortDskParam price = ShortDskParam::allZero();
+  price.header.format = DSKDECIMAL;
+  ASSERT_TRUE(nomDecimalFromString("12.50", reinterpret_cast<DskDecimal*>(price.value)));
+  EXPECT_EQ(hexOf(price, 22), "13 00 00 00 00 00 00 00 02 02 E2 04 AA AA AA AA AA AA AA AA 00 00");
+  ShortDskParam block(DSKSTRINGBLOCK, 2, 1);
+  block.header.carried = 0;
+  auto* const text = reinterpret_cast<char*>(0x00007F0012345678);
+  block.setValue(DskStringBlock{.data = text, .offset = 100, .length = 10, .capacity = 64});
+  EXPECT_EQ(hexOf(block, 28),
+            "0E 00 02 01 00 00 00 00 78 56 34 12 00 7F 00 00 64 00 00 00 0A 00 00 00 40 00 00 00");
 }
-
-}  // namespace
+TEST(StoredBytes, OfDatesAreThoseOfTheirPage) {
+  const DskTimeStamp stamp = julianDayTime(5, 1, 2024, 14, 7, 9, 42);
+  const DskTimeStampOffset zoned = {stamp.date, stamp.time, -780};
+  EXPECT_EQ(hexOf(zoned), "9B 8A 25 00 F2 96 07 03 F4 FC FF FF");
+  EXPECT_EQ(hexOf(DskTimeStampInterval{-93784005}), "3B F8 68 FA FF FF FF FF");
+}
+TEST(StoredBytes, OfIdentifiersAreThoseOfTheirPage) {
+  const DskObjectId oid = {17, {{0, 8, 0x40}}, 7, {{3, 0, 0}}, 4, 5, 3};
+  EXPECT_EQ(hexOf(oid), "11 00 00 00 00 00 00 00 00 08 40 07 03 00 00 04 05 00 03 00 00 00");
+  EXPECT_STREQ(OidFormatter().formatOid(oid), "#7#[2048.17.3.4.5:3 (t)]");
+}

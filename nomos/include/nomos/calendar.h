@@ -35,10 +35,4 @@ NOMOS_API void nosDateTimeToGregorian(DskTimeStamp stamp, int* day, int* month, 
 // The local date and time.
 NOMOS_API void nosGetCurrentDateTime(DskTimeStamp* stamp);
 
-// The locale of the calling thread as a Windows identifier, 1033 (English of the United States) or
-// what the system has for it until it is set. On Windows it can only be set to one that the system
-// knows.
-NOMOS_API unsigned nosGetThreadLocale();
-NOMOS_API void nosSetThreadLocale(unsigned locale);
-
 #endif  // NOMOS_CALENDAR_H

@@ -1,13 +1,8 @@
-// The clock on the wall and the thread's locale.
+// The clock on the wall.
 
-#include "nomos/calendar.h"
 #include "platform.h"
 
 #include <ctime>
-
-namespace {
-thread_local unsigned threadLocale = 1033;
-}
 
 nomos::platform::LocalTime nomos::platform::localTime() {
   timespec now;
@@ -21,11 +16,4 @@ nomos::platform::LocalTime nomos::platform::localTime() {
           local.tm_min,
           local.tm_sec,
           static_cast<int>(now.tv_nsec / 1000000)};
-}
-
-unsigned nosGetThreadLocale() {
-  return threadLocale;
-}
-void nosSetThreadLocale(unsigned locale) {
-  threadLocale = locale;
 }

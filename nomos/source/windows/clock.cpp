@@ -1,6 +1,5 @@
-// The clock on the wall and the thread's locale: the system's own.
+// The clock on the wall.
 
-#include "nomos/calendar.h"
 #include "platform.h"
 
 #include <windows.h>
@@ -10,11 +9,4 @@ nomos::platform::LocalTime nomos::platform::localTime() {
   GetLocalTime(&local);
   return {local.wYear,   local.wMonth,  local.wDay,         local.wHour,
           local.wMinute, local.wSecond, local.wMilliseconds};
-}
-
-unsigned nosGetThreadLocale() {
-  return GetThreadLocale();
-}
-void nosSetThreadLocale(unsigned locale) {
-  SetThreadLocale(locale);
 }

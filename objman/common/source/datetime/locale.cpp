@@ -1,6 +1,6 @@
 // The locale that texts of dates and numbers follow.
 
-#include "nomos/calendar.h"
+#include "nomos/locale.h"
 #include "nomos/intl.h"
 #include "nomos/profile.h"
 #include "sys/datetime.h"

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <typeinfo>
 
 namespace nomutil::formatters {
 namespace {
@@ -28,14 +29,6 @@ constexpr Layout kPlain = {1, 1, 1, 1, 1, 1, 1, true};
 constexpr Layout kNewer = {7, 20, 7, 7, 3, 5, 10, false};
 constexpr Layout kOlder = {5, 10, 3, 5, 3, 3, 10, false};
 
-struct Parts {
-  std::uint32_t classId, parentClassId;
-  std::uint64_t instanceId;
-  std::uint8_t level;
-  std::uint16_t subId;
-  std::uint32_t edition;
-};
-
 char* put(char* to, std::string_view text) {
   std::memcpy(to, text.data(), text.size());
   return to + text.size();
@@ -46,40 +39,45 @@ char* put(char* to, char character) {
   return to + 1;
 }
 
+// The codes 1 and 3 are shown. The short names are stored whatever the code is and counted where it
+// is odd: a branch on it could not be foreseen.
 char* putLifetime(char* to, std::uint32_t code, bool isLong) {
-  if (code == 1) return isLong ? put(to, " (transient)") : put(to, " (t)");
-  if (code == 3) return isLong ? put(to, " (shared transient)") : put(to, " (s)");
-  return to;
+  if (isLong) {
+    if (code == 1) return put(to, " (transient)");
+    return code == 3 ? put(to, " (shared transient)") : to;
+  }
+  std::memcpy(to, code == 1 ? " (t)" : " (s)", 4);
+  return to + (code & 1) * 4;
 }
 
-// The longest text and its NUL take 79, and its numbers, which are stored with up to 7 bytes behind
-// them, end at least 17 before that.
+// The longest text and its NUL take 79, and the numbers in it, stored with up to 3 bytes behind
+// their last digits, end well before that.
 constexpr std::uint32_t kRoom = OidFormatter::kBufferSize;
 
 // REQUIRES: room for kRoom characters. Returns the end.
 template <const Layout& kLayout>
-char* putOid(char* to, const OidFormatter& formatter, const Parts& parts, char separator) {
+inline char* putOid(char* to, const OidFormatter& formatter, const DskObjectId& oid,
+                    char separator) {
   const std::uint32_t mask = formatter.lifetimeBits ? kClassBits : kAllBits;
-  const std::uint32_t classId = parts.classId & mask;
-  const std::uint32_t parent = parts.parentClassId & mask;
+  const std::uint32_t classId = oid.classId.number();
   *to = '[';
   to += formatter.brackets;
-  to = putShort<kLayout.classWidth>(to, classId);
-  to = putLong<kLayout.instanceWidth>(put(to, separator), parts.instanceId);
-  if (formatter.alwaysFull || (parts.parentClassId != 0 && parts.level != 0)) {
-    to = putShort<kLayout.parentWidth>(put(to, separator), parent);
-    to = putShort<kLayout.levelWidth>(put(to, separator), parts.level);
-    to = putShort<kLayout.subIdWidth>(put(to, separator), parts.subId);
-  } else if (parts.parentClassId != 0) {
-    to = putShort<kLayout.lastParentWidth>(put(to, separator), parent);
+  to = putPadded<kLayout.classWidth>(to, classId & mask);
+  to = putPadded<kLayout.instanceWidth>(put(to, separator), oid.instanceId);
+  const std::uint32_t parent = oid.parentClassId.number();
+  if (formatter.alwaysFull || (parent != 0 && oid.level != 0)) {
+    to = putPadded<kLayout.parentWidth>(put(to, separator), parent & mask);
+    to = putPadded<kLayout.levelWidth>(put(to, separator), oid.level);
+    to = putPadded<kLayout.subIdWidth>(put(to, separator), oid.subId);
+  } else if (parent != 0) {
+    to = putPadded<kLayout.lastParentWidth>(put(to, separator), parent & mask);
   }
-  if (formatter.showEdition && parts.edition != 0) {
-    to = putLong<kLayout.editionWidth>(put(to, ':'), parts.edition);
+  if (formatter.showEdition && oid.edition != 0) {
+    to = putPadded<kLayout.editionWidth>(put(to, ':'), oid.edition);
   }
   if (formatter.lifetimeBits) {
-    const bool takesParent = kLayout.parentLends && classId == 0;
-    const std::uint32_t code =
-        (takesParent ? parts.parentClassId : parts.classId) >> kLifetimeShift;
+    const bool takesParent = kLayout.parentLends && (classId & kClassBits) == 0;
+    const std::uint32_t code = (takesParent ? parent : classId) >> kLifetimeShift;
     to = putLifetime(to, code, formatter.longLifetimeNames);
   }
   *to = ']';
@@ -96,20 +94,26 @@ void store(std::string_view text, char* output, std::uint32_t& length) {
 }
 
 template <const Layout& kLayout>
-[[gnu::noinline]] void renderShort(const OidFormatter& formatter, Parts parts, char separator,
-                                   char* output, std::uint32_t& length) {
-  char text[kRoom];
-  const char* const end = putOid<kLayout>(text, formatter, parts, separator);
-  store({text, static_cast<std::size_t>(end - text)}, output, length);
+inline void render(const OidFormatter& formatter, const DskObjectId& oid, char separator,
+                   char* output, std::uint32_t& length) {
+  char scratch[kRoom];
+  char* const start = length >= kRoom ? output : scratch;
+  const char* const end = putOid<kLayout>(start, formatter, oid, separator);
+  const auto count = static_cast<std::uint32_t>(end - start);
+  if (start == scratch) return store({scratch, count}, output, length);
+  output[count] = '\0';
+  length = count;
 }
 
-template <const Layout& kLayout>
-inline void render(const OidFormatter& formatter, const Parts& parts, char separator, char* output,
-                   std::uint32_t& length) {
-  if (length < kRoom) return renderShort<kLayout>(formatter, parts, separator, output, length);
-  char* const end = putOid<kLayout>(output, formatter, parts, separator);
-  *end = '\0';
-  length = static_cast<std::uint32_t>(end - output);
+inline void renderRelational(const RelationalDbOidFormatter& formatter, const DskObjectId& oid,
+                             char* output, std::uint32_t& length) {
+  switch (formatter.version) {
+    case RelationalDbOidFormatter::kOlderLayout:
+      return render<kOlder>(formatter, oid, '.', output, length);
+    case RelationalDbOidFormatter::kNewerLayout:
+      return render<kNewer>(formatter, oid, '.', output, length);
+  }
+  store("", output, length);
 }
 
 // A text without separators of its own, with `separator` in place of each dot.
@@ -134,21 +138,12 @@ void storeSeparated(std::string_view text, std::string_view separator, char* out
   length = static_cast<std::uint32_t>(to - output);
 }
 
-// A class as the word of its three bytes and the one that follows them, qualifier or level.
-constexpr std::size_t kClassWord = 8;
-constexpr std::size_t kParentWord = 12;
-constexpr std::size_t kSubIdWord = 16;
-
+// The field or fields at an offset as one number.
 template <class T>
-T load(const void* record, std::size_t offset) {
+T load(const DskObjectId& oid, std::size_t offset) {
   T value;
-  std::memcpy(&value, static_cast<const char*>(record) + offset, sizeof value);
+  std::memcpy(&value, reinterpret_cast<const char*>(&oid) + offset, sizeof value);
   return value;
-}
-
-ClassID classOf(std::uint32_t word) {
-  return {{static_cast<std::uint8_t>(word), static_cast<std::uint8_t>(word >> 8),
-           static_cast<std::uint8_t>(word >> 16)}};
 }
 
 }  // namespace
@@ -159,10 +154,11 @@ using namespace nomutil::formatters;
 // The bytes 8 to 15 are both classes, the qualifier (the fourth byte) and the level.
 bool oidsAreEqual(const DskObjectId& left, const DskObjectId& right) {
   constexpr std::uint64_t kAllButQualifier = 0xFFFFFFFF00FFFFFF;
-  const auto differ =
-      load<std::uint64_t>(&left, kClassWord) ^ load<std::uint64_t>(&right, kClassWord);
+  constexpr std::size_t kClasses = offsetof(DskObjectId, classId);
+  constexpr std::size_t kSubId = offsetof(DskObjectId, subId);
+  const auto differ = load<std::uint64_t>(left, kClasses) ^ load<std::uint64_t>(right, kClasses);
   return left.instanceId == right.instanceId && (differ & kAllButQualifier) == 0 &&
-         load<std::uint32_t>(&left, kSubIdWord) == load<std::uint32_t>(&right, kSubIdWord);
+         load<std::uint32_t>(left, kSubId) == load<std::uint32_t>(right, kSubId);
 }
 
 OidFormatter::~OidFormatter() = default;
@@ -170,19 +166,24 @@ OidFormatter::~OidFormatter() = default;
 void OidFormatter::doFormatOid(ClassID classId, std::uint64_t instanceId, ClassID parentClassId,
                                std::uint8_t level, std::uint16_t subId, std::uint32_t edition,
                                char* output, std::uint32_t& outputLength) {
-  render<kPlain>(*this,
-                 {classId.number(), parentClassId.number(), instanceId, level, subId, edition}, '.',
-                 output, outputLength);
+  render<kPlain>(*this, {instanceId, classId, 0, parentClassId, level, subId, edition}, '.', output,
+                 outputLength);
 }
 
-const char* OidFormatter::_format(std::uint64_t instanceId, std::uint32_t classWord,
-                                  std::uint32_t parentWord, std::uint16_t subId,
-                                  std::uint32_t edition) {
+// The classes of this library are told by their type, so that only those derived elsewhere pay for
+// taking the record apart and for the virtual call.
+const char* OidFormatter::formatOid(const DskObjectId& oid) {
   length = kBufferSize;
-  doFormatOid(classOf(classWord), instanceId, classOf(parentWord),
-              static_cast<std::uint8_t>(parentWord >> 24), subId, edition, buffer, length);
-  const auto qualifier = static_cast<std::uint8_t>(classWord >> 24);
-  if (qualifier != 0) _qualify(qualifier);
+  const std::type_info* const type = &typeid(*this);
+  if (type == &typeid(OidFormatter)) {
+    render<kPlain>(*this, oid, '.', buffer, length);
+  } else if (type == &typeid(RelationalDbOidFormatter)) {
+    renderRelational(static_cast<const RelationalDbOidFormatter&>(*this), oid, buffer, length);
+  } else {
+    doFormatOid(oid.classId, oid.instanceId, oid.parentClassId, oid.level, oid.subId, oid.edition,
+                buffer, length);
+  }
+  if (oid.qualifier != 0) _qualify(oid.qualifier);
   return buffer;
 }
 
@@ -191,25 +192,20 @@ void OidFormatter::_qualify(std::uint8_t qualifier) {
   char text[kBufferSize + 1];
   std::memcpy(text, buffer, kBufferSize);
   text[kBufferSize] = '\0';
-  char* const to = put(putShort<1>(put(buffer, '#'), qualifier), '#');
+  char* const to = put(putNumber(put(buffer, '#'), qualifier), '#');
   const auto ahead = static_cast<std::uint32_t>(to - buffer);
   length = kBufferSize - ahead;
   store(text, to, length);
   length += ahead;
 }
 
-const char* OidFormatter::formatOid(const DskObjectId& oid) {
-  return _format(oid.instanceId, load<std::uint32_t>(&oid, kClassWord),
-                 load<std::uint32_t>(&oid, kParentWord), oid.subId, oid.edition);
-}
-
 const char* OidFormatter::formatOid(const ShortDskObjectId& oid) {
-  return _format(oid.instanceId, load<std::uint32_t>(&oid, kClassWord), 0, 0, 0);
+  return formatOid(DskObjectId{oid.instanceId, oid.classId, oid.qualifier, {}, 0, 0, 0});
 }
 
 const char* OidFormatter::formatOid(const OidKey& oid) {
-  return _format(oid.instanceId, load<std::uint32_t>(&oid, kClassWord),
-                 load<std::uint32_t>(&oid, kParentWord), oid.subId, 0);
+  return formatOid(DskObjectId{oid.instanceId, oid.classId, oid.qualifier, oid.parentClassId,
+                               oid.level, oid.subId, 0});
 }
 
 const char* OidFormatter::formatOid(const DskObjectId* oid) {
@@ -241,14 +237,8 @@ void RelationalDbOidFormatter::doFormatOid(ClassID classId, std::uint64_t instan
                                            ClassID parentClassId, std::uint8_t level,
                                            std::uint16_t subId, std::uint32_t edition, char* output,
                                            std::uint32_t& outputLength) {
-  const Parts parts = {classId.number(), parentClassId.number(), instanceId, level, subId, edition};
-  switch (version) {
-    case kOlderLayout:
-      return render<kOlder>(*this, parts, '.', output, outputLength);
-    case kNewerLayout:
-      return render<kNewer>(*this, parts, '.', output, outputLength);
-  }
-  store({}, output, outputLength);
+  renderRelational(*this, {instanceId, classId, 0, parentClassId, level, subId, edition}, output,
+                   outputLength);
 }
 
 Custom_Separator_Relational_OID_Formatter::Custom_Separator_Relational_OID_Formatter(
@@ -260,10 +250,10 @@ Custom_Separator_Relational_OID_Formatter::~Custom_Separator_Relational_OID_Form
 void Custom_Separator_Relational_OID_Formatter::doFormatOid(
     ClassID classId, std::uint64_t instanceId, ClassID parentClassId, std::uint8_t level,
     std::uint16_t subId, std::uint32_t edition, char* output, std::uint32_t& outputLength) {
-  const Parts parts = {classId.number(), parentClassId.number(), instanceId, level, subId, edition};
+  const DskObjectId oid = {instanceId, classId, 0, parentClassId, level, subId, edition};
   const std::string_view text = separator != nullptr ? separator : "";
-  if (text.size() == 1) return render<kNewer>(*this, parts, text[0], output, outputLength);
+  if (text.size() == 1) return render<kNewer>(*this, oid, text[0], output, outputLength);
   char dotted[kRoom];
-  const char* const end = putOid<kNewer>(dotted, *this, parts, '.');
+  const char* const end = putOid<kNewer>(dotted, *this, oid, '.');
   storeSeparated({dotted, static_cast<std::size_t>(end - dotted)}, text, output, outputLength);
 }

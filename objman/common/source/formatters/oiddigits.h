@@ -1,65 +1,87 @@
-// The numbers of an identifier, eight digits at a time and without a branch on their count. The
-// digits of a number below 10^8 are the bytes of one 64-bit word, the first digit lowest: 2048 is
-// 00 00 00 00 02 00 04 08. Leading zeros are shifted out, and a whole word is stored: each function
-// may write up to 7 bytes behind its last digit. All return the place behind that digit.
+// The numbers of an identifier, three digits at a time: the entry of the first one to three digits
+// without leading zeros, then an entry for each three that follow. That takes fewer steps and
+// branches than pairs do. An entry is stored whole, four bytes: every function may write up to 3
+// bytes behind its last digit, which is where the result points.
 #ifndef NOMUTIL_FORMATTERS_OIDDIGITS_H
 #define NOMUTIL_FORMATTERS_OIDDIGITS_H
 
-#include <bit>
+#include <array>
 #include <cstdint>
 #include <cstring>
 
 namespace nomutil::formatters {
 
-inline constexpr std::uint32_t kTenToThe8 = 100000000;
-inline constexpr std::uint64_t kZeroCharacters = 0x3030303030303030;
-
-// Halves, then quarters, then eighths of the digits stand apart in the word; each step divides all
-// of its fields at once. The factors are 2^20 / 100 and 2^10 / 10, rounded up: exact for fields
-// below 10^4 and 10^2.
-constexpr std::uint64_t digitsOf(std::uint32_t value) {
-  const std::uint64_t halves = value / 10000 | std::uint64_t{value % 10000} << 32;
-  const std::uint64_t upper = halves * 10486 >> 20 & 0x0000007F0000007F;
-  const std::uint64_t quarters = upper | (halves - upper * 100) << 16;
-  const std::uint64_t tens = quarters * 103 >> 10 & 0x000F000F000F000F;
-  return tens | (quarters - tens * 10) << 8;
-}
-static_assert(digitsOf(2048) == 0x0804000200000000 && digitsOf(99999999) == 0x0909090909090909);
-
-inline char* putEightDigits(char* to, std::uint32_t value) {
-  const std::uint64_t text = digitsOf(value) | kZeroCharacters;
-  std::memcpy(to, &text, sizeof text);
-  return to + 8;
-}
-
-// Numbers below 10^8, and any, with at least kWidth digits.
-template <unsigned kWidth>
-char* putShort(char* to, std::uint32_t value) {
-  static_assert(kWidth >= 1 && kWidth <= 8);
-  const std::uint64_t digits = digitsOf(value);
-  const std::uint64_t firstShown = std::uint64_t{1} << 8 * (8 - kWidth);
-  const auto hidden = static_cast<unsigned>(std::countr_zero(digits | firstShown)) / 8;
-  const std::uint64_t text = (digits | kZeroCharacters) >> 8 * hidden;
-  std::memcpy(to, &text, sizeof text);
-  return to + (8 - hidden);
-}
-
-template <unsigned kWidth>
-char* putLong(char* to, std::uint64_t value) {
-  if (kWidth <= 8 && value < kTenToThe8) {
-    return putShort<(kWidth <= 8 ? kWidth : 1)>(to, static_cast<std::uint32_t>(value));
+// Of 7: the bytes 37 00 00 01, its characters and their count, and 30 30 37 00.
+struct DigitEntry {
+  std::uint32_t first;
+  std::uint32_t padded;
+};
+inline constexpr std::array<DigitEntry, 1000> kDigitEntries = [] {
+  std::array<DigitEntry, 1000> entries{};
+  for (unsigned i = 0; i < 1000; ++i) {
+    const std::uint32_t padded = 0x303030 + (i / 100 | i / 10 % 10 << 8 | i % 10 << 16);
+    const unsigned count = i >= 100 ? 3 : i >= 10 ? 2 : 1;
+    entries[i] = {padded >> 8 * (3 - count) | count << 24, padded};
   }
-  const std::uint64_t high = value / kTenToThe8;
-  const auto low = static_cast<std::uint32_t>(value % kTenToThe8);
-  if (kWidth <= 16 && high < kTenToThe8) {
-    to = putShort<(kWidth > 8 && kWidth <= 16 ? kWidth - 8 : 1)>(to,
-                                                                 static_cast<std::uint32_t>(high));
+  return entries;
+}();
+
+constexpr std::uint64_t tenToThe(unsigned exponent) {
+  return exponent == 0 ? 1 : 10 * tenToThe(exponent - 1);
+}
+
+// Exactly kCount digits. REQUIRES: value has no more. Inlined as a whole: the parts of one number
+// are then independent of each other.
+template <unsigned kCount>
+[[gnu::always_inline]] inline char* putFixed(char* to, std::uint64_t value) {
+  if constexpr (kCount > 9) {
+    // Most numbers are short, and two long divisions dear.
+    if (value < tenToThe(9)) {
+      std::memset(to, '0', kCount - 9);
+      return putFixed<9>(to + (kCount - 9), value);
+    }
+    to = putFixed<kCount - 9>(to, value / tenToThe(9));
+    return putFixed<9>(to, value % tenToThe(9));
+  } else if constexpr (kCount > 3) {
+    constexpr unsigned kTail = (kCount - 1) / 3 * 3;
+    constexpr auto kDivisor = static_cast<std::uint32_t>(tenToThe(kTail));
+    const auto number = static_cast<std::uint32_t>(value);
+    to = putFixed<kCount - kTail>(to, number / kDivisor);
+    return putFixed<kTail>(to, number % kDivisor);
   } else {
-    to = putShort<(kWidth > 16 ? kWidth - 16 : 1)>(to,
-                                                   static_cast<std::uint32_t>(high / kTenToThe8));
-    to = putEightDigits(to, static_cast<std::uint32_t>(high % kTenToThe8));
+    const std::uint32_t text = kDigitEntries[value].padded >> 8 * (3 - kCount);
+    std::memcpy(to, &text, sizeof text);
+    return to + kCount;
   }
-  return putEightDigits(to, low);
+}
+
+// REQUIRES: value is below 1000.
+inline char* putFirst(char* to, std::uint32_t value) {
+  const std::uint32_t text = kDigitEntries[value].first;
+  std::memcpy(to, &text, sizeof text);
+  return to + (text >> 24);
+}
+
+// As "%u" prints.
+inline char* putNumber(char* to, std::uint64_t value) {
+  if (value >= tenToThe(9)) {
+    return putFixed<9>(putNumber(to, value / tenToThe(9)), value % tenToThe(9));
+  }
+  const auto number = static_cast<std::uint32_t>(value);
+  if (number < 1000) return putFirst(to, number);
+  if (number < 1000000) return putFixed<3>(putFirst(to, number / 1000), number % 1000);
+  return putFixed<6>(putFirst(to, number / 1000000), number % 1000000);
+}
+
+// As "%0<kWidth>u" prints; a width of 1 is none.
+template <unsigned kWidth>
+inline char* putPadded(char* to, std::uint64_t value) {
+  if constexpr (kWidth == 20) {
+    return putFixed<kWidth>(to, value);
+  } else if constexpr (kWidth > 1) {
+    if (value < tenToThe(kWidth)) return putFixed<kWidth>(to, value);
+  }
+  return putNumber(to, value);
 }
 
 }  // namespace nomutil::formatters
