@@ -10,6 +10,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -53,6 +54,10 @@ TEST(OidFormatter, ShowsWorkedCases) {
        "[0.1.3 (s)]",
        "0000000.00000000000000000001.0000003",
        "00000.0000000001.003"},
+      {{1, classOf(kTransient), 0, classOf(3 | kShared), 0, 0, 0},
+       "[0.1.3 (s)]",
+       "0000000.00000000000000000001.0000003 (t)",
+       "00000.0000000001.003 (t)"},
       {{1, classOf(2), 0, classOf(kTransient), 0, 0, 0},
        "[2.1.0]",
        "0000002.00000000000000000001.0000000",
@@ -77,7 +82,9 @@ TEST(OidFormatter, ShowsWorkedCases) {
   EXPECT_EQ(formatter.getLength(), 11u);
   formatter.brackets = false;
   EXPECT_STREQ(formatter.formatNullPtr(), "<nullptr>");
-  RelationalDbOidFormatter unknown(static_cast<RelationalDbOidFormatter::KoraVersion>(2));
+  RelationalDbOidFormatter unknown(RelationalDbOidFormatter::kNewerLayout);
+  unknown.formatOid(cases[0].oid);
+  unknown.version = static_cast<RelationalDbOidFormatter::KoraVersion>(2);
   EXPECT_STREQ(unknown.formatOid(cases[0].oid), "");
 }
 
@@ -122,11 +129,14 @@ std::string printed(const OidFormatter& flags, int style, const char* separator,
 TEST(OidFormatter, PrintsAsTheFormatStringsOfItsStyle) {
   std::mt19937_64 random(20);
   const char* const separators[] = {"/", "", "::", "a separator of 24 letters"};
+  // 0, the largest, a power of ten or its neighbour, or any of any length.
   const auto number = [&](unsigned bits) {
-    const std::uint64_t value = random() >> (64 - bits);
-    return random() % 4 == 0   ? 0
-           : random() % 4 == 0 ? ~std::uint64_t{0} >> (64 - bits)
-                               : value >> random() % bits;
+    const std::uint64_t largest = ~std::uint64_t{0} >> (64 - bits);
+    std::uint64_t power = 1;
+    for (auto digits = random() % 20; digits > 0 && power <= largest / 10; --digits) power *= 10;
+    const std::uint64_t values[] = {0, largest, power - random() % 2,
+                                    random() >> (64 - bits) >> random() % bits};
+    return values[random() % 4];
   };
   for (int i = 0; i < 40000; ++i) {
     const DskObjectId oid = {number(64),
@@ -165,6 +175,53 @@ TEST(OidFormatter, PrintsAsTheFormatStringsOfItsStyle) {
     ASSERT_EQ(text, printed(formatter, style, separator, shown)) << "seed 20, case " << i;
     ASSERT_EQ(formatter.getLength(), std::strlen(text));
   }
+}
+
+// Straight from the rendering step, into blocks of every size around the text's.
+TEST(OidFormatter, FillsItsBufferAndNothingBehind) {
+  OidFormatter plain;
+  RelationalDbOidFormatter padded(RelationalDbOidFormatter::kNewerLayout);
+  Custom_Separator_Relational_OID_Formatter separated("<>");
+  const std::string wide(30, '-');
+  Custom_Separator_Relational_OID_Formatter spread(wide.c_str());
+  const std::pair<OidFormatter*, std::string> cases[] = {
+      {&plain, "[2.1.3.4.5:6]"},
+      {&padded, "0000002.00000000000000000001.0000003.004.00005"},
+      {&separated, "0000002<>00000000000000000001<>0000003<>004<>00005"},
+      {&spread, "0000002" + wide + "00000000000000000001" + wide + "0000003" + wide + "004" + wide +
+                    "00005"},
+  };
+  for (const auto& [formatter, text] : cases) {
+    for (std::uint32_t size = 0; size < text.size() + 100; ++size) {
+      std::string block(size + 8, '~');
+      std::uint32_t length = size;
+      formatter->doFormatOid(classOf(2), 1, classOf(3), 4, 5, 6, block.data(), length);
+      const std::string stored = size == 0 ? "" : text.substr(0, size - 1) + '\0';
+      ASSERT_EQ(block.substr(0, stored.size()), stored);
+      ASSERT_EQ(length, size == 0 ? 0 : stored.size() - 1);
+      ASSERT_EQ(block.substr(size), "~~~~~~~~") << text << " in " << size;
+    }
+  }
+}
+
+TEST(OidFormatter, AsksTheClassThatIsDerivedFromIt) {
+  struct Instance : RelationalDbOidFormatter {
+    Instance() : RelationalDbOidFormatter(kNewerLayout) {}
+    void doFormatOid(ClassID classId, std::uint64_t instanceId, ClassID parentClassId,
+                     std::uint8_t level, std::uint16_t subId, std::uint32_t edition, char* output,
+                     std::uint32_t& outputLength) override {
+      const std::uint32_t room = outputLength;
+      outputLength = 1000;  // as a formatting function that tells the length it needs
+      std::snprintf(output, room, "%u %" PRIu64 " %u %u %u %u", classId.number(), instanceId,
+                    parentClassId.number(), unsigned{level}, unsigned{subId}, edition);
+    }
+  };
+  Instance formatter;
+  EXPECT_STREQ(formatter.formatOid(DskObjectId{1, classOf(2), 0, classOf(3), 4, 5, 6}),
+               "2 1 3 4 5 6");
+  EXPECT_STREQ(formatter.formatOid(OidKey{1, classOf(2), 70, classOf(3), 4, 5}), "#70#2 1 3 4 5 0");
+  EXPECT_EQ(formatter.getLength(), 15u);
+  EXPECT_STREQ(formatter.formatOid(ShortDskObjectId{1, classOf(2), 0}), "2 1 0 0 0 0");
 }
 
 TEST(DskHandleFormatter, ShowsTagsAsLettersOnlyInUpperCase) {

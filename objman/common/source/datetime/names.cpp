@@ -8,7 +8,6 @@
 #include <cstdint>
 
 namespace nomutil::datetime {
-
 namespace {
 
 constexpr const char* kDayNames[] = {nullptr,    "Monday", "Tuesday",  "Wednesday",

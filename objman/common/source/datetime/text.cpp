@@ -3,9 +3,10 @@
 
 #include "text.h"
 
+#include "words.h"
+
 #include "nomos/digits.h"
 #include "nomos/marchday.h"
-#include "words.h"
 
 #include <cstdint>
 #include <cstring>
@@ -66,8 +67,8 @@ class Clock {
     return static_cast<std::uint32_t>(product >> 64);
   }
 
-  // Hours come first. Their factor, 2^64 / 3,600,000, is rounded up: by the milliseconds at most
-  // a thousandth of one is too much, and never anything too little.
+  // Hours come first. Their factor, 2^64 / 3,600,000, is rounded up, so that what is left is never
+  // too little, and less than a thousandth of a millisecond too much.
   std::uint32_t takeHours() { return take(~std::uint64_t{0} / 3600000 + 1); }
 
  private:
