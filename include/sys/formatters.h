@@ -133,9 +133,6 @@ class NOMUTIL_API OidFormatter {
   bool brackets = true;
   bool showEdition = true;  // an edition of 0 is not shown
   bool alwaysFull = false;  // with parent, level and sub-object number whatever they are
-
- private:
-  void _qualify(std::uint8_t qualifier);
 };
 
 // The zero-padded style of the relational mapping: "0002048.00000000000000000017" in the newer

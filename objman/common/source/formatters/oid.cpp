@@ -138,6 +138,20 @@ void storeSeparated(std::string_view text, std::string_view separator, char* out
   length = static_cast<std::uint32_t>(to - output);
 }
 
+// Puts a qualifier ahead of the text in a buffer of kRoom characters. What a class derived
+// elsewhere stored counts, whatever length it gave. Not inlined, since every identifier would then
+// pay for its frame.
+[[gnu::noinline]] void qualify(std::uint8_t qualifier, char* buffer, std::uint32_t& length) {
+  char text[kRoom + 1];
+  std::memcpy(text, buffer, kRoom);
+  text[kRoom] = '\0';
+  char* const to = put(putNumber(put(buffer, '#'), qualifier), '#');
+  const auto ahead = static_cast<std::uint32_t>(to - buffer);
+  length = kRoom - ahead;
+  store(text, to, length);
+  length += ahead;
+}
+
 // The field or fields at an offset as one number.
 template <class T>
 T load(const DskObjectId& oid, std::size_t offset) {
@@ -183,20 +197,8 @@ const char* OidFormatter::formatOid(const DskObjectId& oid) {
     doFormatOid(oid.classId, oid.instanceId, oid.parentClassId, oid.level, oid.subId, oid.edition,
                 buffer, length);
   }
-  if (oid.qualifier != 0) _qualify(oid.qualifier);
+  if (oid.qualifier != 0) qualify(oid.qualifier, buffer, length);
   return buffer;
-}
-
-// What a class derived elsewhere stored counts, whatever length it gave.
-void OidFormatter::_qualify(std::uint8_t qualifier) {
-  char text[kBufferSize + 1];
-  std::memcpy(text, buffer, kBufferSize);
-  text[kBufferSize] = '\0';
-  char* const to = put(putNumber(put(buffer, '#'), qualifier), '#');
-  const auto ahead = static_cast<std::uint32_t>(to - buffer);
-  length = kBufferSize - ahead;
-  store(text, to, length);
-  length += ahead;
 }
 
 const char* OidFormatter::formatOid(const ShortDskObjectId& oid) {
