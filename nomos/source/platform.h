@@ -1,11 +1,15 @@
 // What a backend owes to the code in source/common, beside the exported operations that it
 // implements itself. source/linux and source/windows define each of these in a file of the same
-// name: heap.cpp, format.cpp, console.cpp, directory.cpp, codepage.cpp, profile.cpp, clock.cpp.
-// The files mutex.cpp, file.cpp, lasterror.cpp, locale.cpp and messagetable.cpp implement exported
-// classes and functions.
+// name: heap.cpp, format.cpp, console.cpp, directory.cpp, codepage.cpp, profile.cpp, clock.cpp,
+// relativetime.cpp, event.cpp, thread.cpp, dlldesc.cpp, processdump.cpp.
+// The files mutex.cpp, completionport.cpp, file.cpp, lasterror.cpp, locale.cpp and messagetable.cpp
+// implement exported classes and functions.
 #ifndef NOMOS_SOURCE_PLATFORM_H
 #define NOMOS_SOURCE_PLATFORM_H
 
+#include "nomos/thread.h"
+
+#include <atomic>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -13,8 +17,8 @@
 namespace nomos::platform {
 
 // heap.cpp: the system's allocator; null when it is exhausted. byteCount is not 0.
-void* allocate(std::size_t byteCount);
-void release(void* block);
+void* allocate(std::size_t byteCount) noexcept;
+void release(void* block) noexcept;
 
 // format.cpp: vsnprintf of C99, with ll as the 64-bit length modifier. Returns the length that the
 // whole text has, or a negative number.
@@ -60,6 +64,48 @@ struct LocalTime {
   int year, month, day, hour, minute, second, millisecond;
 };
 LocalTime localTime();
+
+// relativetime.cpp: nanoseconds of a clock that only runs forward and is never set.
+std::int64_t monotonicNanos() noexcept;
+inline constexpr std::int64_t kNanosPerMilli = 1000000;
+inline constexpr std::int64_t kNever = INT64_MAX;
+
+// event.cpp: waits while the low half of word is value, until somebody calls wakeOne or wakeAll for
+// it or monotonicNanos reaches deadline; it may also return early. False when the deadline was
+// reached, which is never reported early; a deadline of 0 or less has been, kNever is none. The
+// wake calls use the address of word alone: the memory may be gone.
+bool waitOnWord(const std::atomic<std::uint64_t>& word, std::uint32_t value,
+                std::int64_t deadline) noexcept;
+void wakeOne(const std::atomic<std::uint64_t>& word) noexcept;
+void wakeAll(const std::atomic<std::uint64_t>& word) noexcept;
+
+// thread.cpp: starts a thread as ThreadManager::createThread describes it; name is not null. The
+// handle, an even number, is given to releaseThread, or to joinThread until that returns true. 0,
+// with the last error set, when there is no thread.
+std::uintptr_t startThread(const char* name, ThreadEntry entry, void* argument, bool takesSignals,
+                           ThreadPriority priority) noexcept;
+bool joinThread(std::uintptr_t handle, std::uint32_t milliseconds) noexcept;
+void releaseThread(std::uintptr_t handle) noexcept;
+// The last error of a thread that a limit of the system refuses.
+extern const unsigned kThreadRefused;
+
+// dlldesc.cpp: the name of the file that a library may have, tried from index 0 on; false where
+// there is none, or not enough room. openLibrary takes a directory in normal form, or the empty
+// text for the places where the system looks; null with error set, to kNosNoSuchLibrary when the
+// file is not there. findEntry gives null for a missing one; copyLibraryPath cuts.
+bool libraryFileName(const char* library, unsigned index, char* buffer, unsigned size);
+void* openLibrary(const char* directory, const char* file, unsigned& error) noexcept;
+void closeLibrary(void* library) noexcept;
+void* findEntry(void* library, const char* entry) noexcept;
+unsigned copyLibraryPath(void* library, char* buffer, unsigned size) noexcept;
+
+// processdump.cpp: the number of this process; the folder for temporary files, not yet normalised,
+// cut; a dump into a new file, which goes away again when it cannot be written whole: a system's
+// error number, or 0. It is called by one thread at a time.
+unsigned processNumber();
+void findTemporaryDirectory(char* buffer, unsigned size);
+unsigned writeProcessDump(const char* path, int kind);
+extern const unsigned kFileExists;  // the error number of a file that is there already
 
 }  // namespace nomos::platform
 

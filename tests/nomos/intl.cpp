@@ -1,16 +1,22 @@
-// Conversions between the code page, UTF-8 and UTF-32, and the classes of characters. Expected
-// characters are those of the Unicode consortium's table of Windows-1252, its malformed sequences
-// those of The Unicode Standard, section 3.9.
+// Conversions between the code page, UTF-8 and UTF-32, the classes of characters, formatted text
+// and the texts of reals. Expected characters are those of the Unicode consortium's table of
+// Windows-1252, malformed sequences those of The Unicode Standard, section 3.9. Texts of reals come
+// from Python: repr for the shortest digits, '%.0f' where a whole number has fewer characters than
+// its shortest digits with zeros behind them, '%.*f' for a number of places.
 
 #include "nomos/intl.h"
 
 #include "nomos/testhooks.h"
 
+#include "rows.h"
 #include "temppath.h"
 
 #include <gtest/gtest.h>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -89,7 +95,7 @@ TEST(Convert, AgreesWithTheStandardAtTheBordersOfUtf8) {
 
 TEST(Convert, RefusesMalformedSequences) {
   std::istringstream words(
-      "\x80 \xFF \xC3? \xE2\x82? "                        // no lead byte, no continuation
+      "\x80 \xFF \xC3? \xC3\xC9 \xE2\x82? "               // no lead byte, no continuation
       "\xC0\x80 \xC1\xBF \xE0\x9F\xBF \xF0\x8F\xBF\xBF "  // overlong
       "\xED\xA0\x80 \xED\xBF\xBF "                        // surrogates
       "\xF4\x90\x80\x80 \xF5\x80\x80\x80 "                // above 10FFFF
@@ -105,6 +111,7 @@ TEST(Convert, RefusesMalformedSequences) {
 }
 
 TEST(Convert, StopsBeforeTheCharacterThatDoesNotFit) {
+  // What fits in 0 to 6 bytes: bytes, characters.
   const std::pair<std::size_t, unsigned> rows[] = {{0, 0}, {1, 1}, {1, 1}, {1, 1},
                                                    {4, 2}, {4, 2}, {6, 3}};
   for (unsigned room = 0; room <= 6; ++room) {
@@ -128,34 +135,26 @@ TEST(Convert, FindsWhatIsNotAsciiAtEveryPlace) {
   }
 }
 
-TEST(CodePage, HasAQuestionMarkForWhatItLacks) {
-  const std::pair<unsigned, const char*> rows[] = {
-      {1252, "\x80 ? ? ?"}, {1250, "\x80 ? \xA3 ?"}, {1251, "\x88 \xE6 ? ?"}, {28591, "? ? ? ?"}};
-  for (const auto& [number, bytes] : rows) {
-    const WithCodePage codePage(number);
-    // Refused and without effect: several bytes a character, unknown, letters not at those of
-    // ASCII.
-    for (const unsigned other : {932u, 65001u, 99999u, 1u, 37u})
-      EXPECT_FALSE(nosSetCodePage(other));
-    // The euro, Cyrillic zhe, Polish l with stroke, an emoji.
-    const std::string source = "\xE2\x82\xAC \xD0\xB6 \xC5\x81 \xF0\x9F\x98\x80";
-    EXPECT_EQ(convert(Utf8, source, CodePage).bytes, bytes) << number;
-  }
-}
-
-TEST(CodePage, IsTheOneThatTheConfigurationNames) {
+TEST(CodePage, IsTheConfiguredOneAndHasAQuestionMarkForWhatItLacks) {
   const std::string path = nomtest::tempPath(".ini").string();
+  // The euro, Cyrillic zhe, Polish l with stroke, an emoji.
+  const std::string source = "\xE2\x82\xAC \xD0\xB6 \xC5\x81 \xF0\x9F\x98\x80";
   EXPECT_TRUE(nosSetCodePage(0));
-  const std::string unconfigured = convert(CodePage, "\x80\xE6", Utf8).bytes;
-  const std::pair<const char*, std::string> rows[] = {{"1251", "\xD0\x82\xD0\xB6"},
-                                                      {"28592", "\xC2\x80\xC4\x87"},
-                                                      {"932", unconfigured},
-                                                      {"none", unconfigured}};
+  const std::string unconfigured = convert(Utf8, source, CodePage).bytes;
+  const std::pair<const char*, std::string> rows[] = {
+      {"1252", "\x80 ? ? ?"}, {"1250", "\x80 ? \xA3 ?"}, {"1251", "\x88 \xE6 ? ?"},
+      {"28591", "? ? ? ?"},   {"28592", "? ? \xA3 ?"},   {"874", "\x80 ? ? ?"},
+      {"932", unconfigured},  {"none", unconfigured}};
   nosSetGlbIniFileName(path.c_str());
   for (const auto& [number, bytes] : rows) {
     std::ofstream(path) << "[KoraClient]\nCodePage=" << number;
     EXPECT_TRUE(nosSetCodePage(0));
-    EXPECT_EQ(convert(CodePage, "\x80\xE6", Utf8).bytes, bytes) << number;
+    // Refused and without effect: several bytes a character, unknown, letters not at those of
+    // ASCII.
+    for (const unsigned other : {932u, 65001u, 99999u, 1u, 37u}) {
+      EXPECT_FALSE(nosSetCodePage(other));
+    }
+    EXPECT_EQ(convert(Utf8, source, CodePage).bytes, bytes) << number;
   }
   nosSetGlbIniFileName(nullptr);
   EXPECT_TRUE(nosSetCodePage(0));
@@ -164,26 +163,21 @@ TEST(CodePage, IsTheOneThatTheConfigurationNames) {
 
 TEST(CharacterClass, OfWindows1252IsThatOfTheUnicodeCharacter) {
   const WithCodePage codePage(1252);
-  std::string upper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ\x8A\x8C\x8E\x9F";
-  std::string lower = "abcdefghijklmnopqrstuvwxyz\x83\x9A\x9C\x9E\xAA\xB5\xBA\xDF\xFF";
-  const std::string alpha = "\x88";  // the modifier letter circumflex
-  for (unsigned byte = 0xC0; byte <= 0xDE; ++byte) {
-    if (byte == 0xD7) continue;  // the multiplication sign, and the division sign below it
-    upper += static_cast<char>(byte);
-    lower += static_cast<char>(byte + 0x20);
-  }
-  const auto isIn = [](const std::string& characters, unsigned char character) {
-    return characters.find(static_cast<char>(character)) != std::string::npos;
-  };
+  std::string classes;  // a digit a byte: 1 upper, 2 lower, 4 letter, 8 letter or decimal digit
   for (unsigned byte = 0; byte < 256; ++byte) {
     const auto character = static_cast<unsigned char>(byte);
-    EXPECT_EQ(nosIsCharUpper(character), isIn(upper, character)) << byte;
-    EXPECT_EQ(nosIsCharLower(character), isIn(lower, character)) << byte;
-    EXPECT_EQ(nosIsCharAlpha(character), isIn(upper + lower + alpha, character)) << byte;
-    EXPECT_EQ(nosIsCharAlphaNumeric(character),
-              isIn(upper + lower + alpha + "0123456789", character))
-        << byte;
+    const unsigned bits = nosIsCharUpper(character) + 2u * nosIsCharLower(character) +
+                          4u * nosIsCharAlpha(character) + 8u * nosIsCharAlphaNumeric(character);
+    classes += "0123456789abcdef"[bits];
   }
+  EXPECT_EQ(classes.substr(0, 128), std::string(48, '0') + std::string(10, '8') + "0000000" +
+                                        std::string(26, 'd') + "000000" + std::string(26, 'e') +
+                                        "00000");
+  EXPECT_EQ(classes.substr(128),
+            "000e0000c0d0d0d00000000000e0e0ed0000000000e0000000000e0000e00000"
+            "ddddddddddddddddddddddd0ddddddde"
+            "eeeeeeeeeeeeeeeeeeeeeee0eeeeeeee");
+  EXPECT_EQ(nosStrcmpi("\xC9\x8A\x9F", "\xE9\x9A\xFF"), 0);
 }
 
 TEST(CompareIgnoringCase, FollowsTheCodePage) {
@@ -191,7 +185,8 @@ TEST(CompareIgnoringCase, FollowsTheCodePage) {
       // Cases that lie apart or are those of one page alone, cuts, lower case, unsigned bytes
       {1252, "\xC9T", "\xE9t", 9, 0}, {1252, "\x9F", "\xFF", 9, 0}, {1252, "\xA3", "\xB3", 9, -1},
       {1250, "\xA3", "\xB3", 9, 0},   {1252, "abc", "abd", 2, 0},   {1252, "abc", "ABD", 3, -1},
-      {1252, "abc", "ab", 3, 1},      {1252, "_", "A", 9, -1},      {1252, "\xE9", "z", 9, 1}};
+      {1252, "abc", "ab", 3, 1},      {1252, "_", "A", 9, -1},      {1252, "\xE9", "z", 9, 1},
+      {1252, "\xD7", "\xC9", 9, -1}};
   const auto sign = [](int value) { return (value > 0) - (value < 0); };
   for (const auto& [number, left, right, count, expected] : rows) {
     const WithCodePage codePage(number);
@@ -199,6 +194,66 @@ TEST(CompareIgnoringCase, FollowsTheCodePage) {
     EXPECT_EQ(sign(intlStrnicmp(right, left, count)), -expected) << left << ' ' << right;
     EXPECT_EQ(count > 2 ? sign(nosStrcmpi(left, right)) : expected, expected) << left;
   }
+}
+
+constexpr std::uint64_t kMost64 = 18446744073709551615u;
+constexpr std::int64_t kLeast64 = std::numeric_limits<std::int64_t>::min();
+
+// What write(buffer) leaves in size bytes, where it returns the length and writes nothing more.
+template <class Write>
+std::string written(unsigned size, Write write) {
+  char buffer[1201];
+  std::memset(buffer, '#', sizeof buffer);
+  const auto stored = static_cast<std::size_t>(write(buffer));
+  EXPECT_EQ(buffer[size], '#') << "beyond the room";
+  if (size == 0) return stored == 0 ? "" : "(not empty)";
+  EXPECT_EQ(stored, std::strlen(buffer));
+  return buffer;
+}
+
+template <class... Arguments>
+std::string format(unsigned size, const char* form, Arguments... arguments) {
+  return written(size, [=](char* to) { return intlSnprintf(to, size, form, arguments...); });
+}
+
+TEST(Format, WritesTheSameOnEveryPlatformAndCutsAtTheRoom) {
+  EXPECT_EQ(format(99, "%I64u %llu", kMost64, kMost64),
+            "18446744073709551615 18446744073709551615");
+  EXPECT_EQ(format(99, "%05I64d|%-24I64d|", -42LL, kLeast64), "-0042|-9223372036854775808    |");
+  EXPECT_EQ(format(99, "%+I64d %I64x %*I64u", 5LL, 255ULL, 5, 7ULL), "+5 ff     7");
+  EXPECT_EQ(format(99, "%-4d|%04u|%5s|%-5s|%.2s", -12, 7u, "ab", "cd", "efg"),
+            "-12 |0007|   ab|cd   |ef");
+  EXPECT_EQ(format(99, "I64 %%I64u %s %c%%", "%I64u", 'c'), "I64 %I64u %I64u c%");
+  EXPECT_EQ(format(99, "%e %g %.3f %zu", 12345.678, 1e-10, 2.0 / 3, sizeof(char)),
+            "1.234568e+04 1e-10 0.667 1");
+  const std::string dashes(600, '-');
+  EXPECT_EQ(format(1200, (dashes + "%I64u").c_str(), 9ULL), dashes + "9");
+  for (const unsigned size : {0u, 1u, 2u, 6u, 7u, 20u}) {
+    EXPECT_EQ(format(size, "abc%I64u", 123ULL), std::string("abc123").substr(0, size - (size > 0)));
+  }
+  EXPECT_EQ(written(99, [](char* to) { return intlSprintf(to, "%s-%04d", "long", 7); }),
+            "long-0007");
+}
+
+// The number, how many places (0 for the shortest text) and its text. Halves go to the even digit.
+TEST(RealText, IsTheShortestThatReadsBackOrHasItsPlaces) {
+  const auto check = [](const nomtest::Row& row) {
+    const double value = std::strtod(row[0].c_str(), nullptr);
+    const int places = std::stoi(row[1]);
+    for (const unsigned size : {0u, 1u, 3u, 1200u}) {
+      const auto write = [=](char* to) { return intlDoubleToStringFixed(to, size, value, places); };
+      EXPECT_EQ(written(size, write), row[2].substr(0, size - (size > 0)));
+    }
+    return row[2];
+  };
+  nomtest::expectRows(3, check, R"(
+      0.1 0 0.1     0.30000000000000004 0 0.30000000000000004    1e22 0 10{22}    -0 0 -0
+      1e23 0 99999999999999991611392    5e-324 0 0.0{323}5       -inf 1100 -inf   -nan 2 nan
+      0.125 2 0.12  0.375 2 0.38        -0.001 2 -0.00           0.5 1100 0.50{1099})");
+  const auto single = [](int places) {
+    return written(64, [=](char* to) { return intlFloatToStringFixed(to, 64, 0.1f, places); });
+  };
+  EXPECT_EQ(single(0) + " " + single(9), "0.1 0.100000001");
 }
 
 }  // namespace

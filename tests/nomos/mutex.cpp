@@ -52,18 +52,6 @@ TEST(ThreadMutex, LetsOneThreadInAtATime) {
   std::thread([&counter] { EXPECT_FALSE(counter.mutex.tryAcquire()); }).join();
 }
 
-TEST(ThreadMutex, WakesEveryWaiter) {
-  for (unsigned round = 0; round < 50; ++round) {
-    ThreadMutex mutex("Waited for");
-    std::atomic<unsigned> arrived{0};
-    inFourThreads([&mutex, &arrived](unsigned) {
-      ++arrived;
-      ThreadMutexHold hold(mutex);
-      while (arrived != 4) std::this_thread::yield();
-    });
-  }
-}
-
 TEST(Heap, FailsTheNthAllocationOnceWhenThreadsShareIt) {
   const std::uint64_t before = nosAllocatedBlocks();
   std::atomic<unsigned> failures{0};

@@ -1,4 +1,6 @@
-// Directories and the environment.
+// Directories and the environment. Paths are texts of single bytes as the system takes them, with
+// its own separator; a directory in normal form ends with one, so that a file name may follow:
+// "/usr//share" is "/usr/share/".
 #ifndef NOMOS_DIRECTORY_H
 #define NOMOS_DIRECTORY_H
 

@@ -1,4 +1,5 @@
-// Files as byte streams, read forward.
+// Files as byte streams, read forward: the bytes as they are stored, on Windows too, where CR LF
+// stays CR LF.
 #ifndef NOMOS_FILE_H
 #define NOMOS_FILE_H
 

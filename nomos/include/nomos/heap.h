@@ -1,4 +1,6 @@
-// The heap from which the libraries take memory that their callers release.
+// The heap from which the libraries take memory that their callers release, each block through the
+// function of the same family: so both ends meet here, whatever runtime the caller has. Tests can
+// make any allocation fail and count the blocks that are out (nomos/testhooks.h).
 #ifndef NOMOS_HEAP_H
 #define NOMOS_HEAP_H
 
@@ -9,14 +11,14 @@
 class NOMOS_API XHeap {
  public:
   // The process-wide heap. Safe from any thread at any time, also before main.
-  static XHeap& library();
+  static XHeap& library() noexcept;
 
-  // byteCount bytes, aligned for any object; null when the memory is exhausted. Never throws.
+  // byteCount bytes, aligned for any object; null when the memory is exhausted.
   // A byteCount of 0 gives a distinct block. The caller hands the block to release.
-  void* allocate(std::size_t byteCount);
+  void* allocate(std::size_t byteCount) noexcept;
 
   // Releases a block that allocate gave; null is accepted.
-  void release(void* block);
+  void release(void* block) noexcept;
 
  private:
   XHeap() = default;

@@ -1,4 +1,8 @@
-// Formatted text and conversions between character forms.
+// Formatted text, the texts of reals, conversions between character forms, and what the code page
+// says of its characters. The texts of reals and the conversions are the same on both platforms and
+// in every locale: 0.1 is "0.1", the euro sign is the byte 80 of Windows-1252, E2 82 AC in UTF-8.
+//
+// All of it may be called from any thread.
 #ifndef NOMOS_INTL_H
 #define NOMOS_INTL_H
 

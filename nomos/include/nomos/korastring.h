@@ -55,9 +55,9 @@ class NOMOS_API KoraBytes {
   virtual void setUtf8(const StringUtf8Info& source);
   virtual void appendUtf8(const StringUtf8Info& source);
 
-  // Empties the string and gives it memory of byteCount bytes for texts of up to
-  // byteCount - kTextOverhead elements; a longer text goes to the heap. REQUIRES: memory is aligned
-  // to 4 and lives until the string is destroyed; byteCount is at least kTextOverhead.
+  // Gives an empty string memory of byteCount bytes for texts of up to byteCount - kTextOverhead
+  // elements; a longer text goes to the heap. REQUIRES: the string is empty; memory is aligned to 4
+  // and lives until the string is destroyed; byteCount is at least kTextOverhead.
   void useMemory(void* memory, std::uint32_t byteCount) noexcept;
   static constexpr std::uint32_t kTextOverhead = 9;
 
@@ -71,7 +71,7 @@ class NOMOS_API KoraBytes {
   // The status of a length over the maximum.
   virtual int _tooLong() const noexcept;
 
-  // Takes the text of source, which becomes empty; a text that lies inside of source is copied.
+  // Takes the text of source, which becomes empty; one that does not lie on the heap is copied.
   void _take(KoraBytes& source);
   // Gives the text's memory back and starts again, empty, on memory of kHeaderSize bytes and room
   // more, aligned to 4, that lives until _reset.
@@ -112,7 +112,7 @@ class NOMOS_API KoraString : public KoraBytes {
   KoraString(const KoraString& other) : KoraBytes(other.maximum()) {
     setBytes(other.bytes(), other.length());
   }
-  // May throw: a text that lies inside of a KoraInlineString must be copied.
+  // May throw: a text in a KoraInlineString, or in memory from useMemory, must be copied.
   KoraString(KoraString&& other) : KoraBytes(other.maximum()) { _take(other); }
 
   // An assignment gives the text alone: the maximum of the target stays and is kept.
@@ -154,8 +154,8 @@ class NOMOS_API KoraUtf8String : public KoraBytes {
  public:
   KoraUtf8String() noexcept : KoraBytes(kKoraNoMaximum) {}
   explicit KoraUtf8String(const StringUtf8Info& info, std::uint32_t maximum = kKoraNoMaximum);
-  KoraUtf8String(const KoraUtf8String& other);  // with the maximum of the other
-  KoraUtf8String(KoraUtf8String&& other) noexcept;
+  KoraUtf8String(const KoraUtf8String& other);             // with the maximum of the other
+  KoraUtf8String(KoraUtf8String&& other);                  // may throw as KoraString's does
   KoraUtf8String& operator=(const KoraUtf8String& other);  // keeps its own maximum
   KoraUtf8String& operator=(KoraUtf8String&& other);
   ~KoraUtf8String() override;

@@ -4,6 +4,7 @@
 #define NOMOS_STATUS_H
 
 inline constexpr int kNosInvalidParameterValue = 1002;
+inline constexpr int kNosLibraryNotFound = 1006;
 inline constexpr int kNosStringTooLong = 1035;
 inline constexpr int kNosBinaryTooLong = 1091;
 inline constexpr int kNosStringUtf8TooLong = 1124;

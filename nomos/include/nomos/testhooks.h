@@ -39,4 +39,24 @@ NOMOS_API bool nosSetCodePage(unsigned codePage);
 // Stops the clock that nosGetCurrentDateTime reads at a date and a time of day; both 0 let it go.
 NOMOS_API void nosSetCurrentDateTime(std::uint32_t date, std::uint32_t time);
 
+// Replaces the clock that nosGetRelativeTime reads; null gives the system's back. Any thread may
+// call clock. Set it before threads wait for a time: a wait that has begun keeps its clock.
+using NosRelativeClock = std::int64_t (*)() noexcept;
+NOMOS_API void nosSetRelativeClock(NosRelativeClock clock) noexcept;
+
+// Is called with the whole name of each thread that ThreadManager::createThread is asked for, by
+// the asking thread. False makes that call fail as a limit of the system does.
+using NosThreadHook = bool (*)(void* context, const char* name);
+NOMOS_API void nosSetThreadHook(NosThreadHook hook, void* context);
+
+// While a name is set, each DllDesc of that library (of any, for getMethod of that entry) behaves
+// like one whose file lacks it, loaded or not. The name is copied, at most 49 characters; null ends
+// it.
+NOMOS_API void nosDenyLibrary(const char* name) noexcept;
+NOMOS_API void nosDenyEntry(const char* name) noexcept;
+
+// Is called in place of writing a process dump.
+using NosProcessDumpSink = void (*)(void* context, int kind);
+NOMOS_API void nosSetProcessDumpSink(NosProcessDumpSink sink, void* context);
+
 #endif  // NOMOS_TESTHOOKS_H

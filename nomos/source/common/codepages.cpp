@@ -1,7 +1,9 @@
 // The single-byte code page: chosen by the configuration or a test hook, tabulated once and kept.
+// One that the platform lacks gives way to the system's, and that one to Latin-1.
 
 #include "codepages.h"
 
+#include "nomos/log.h"
 #include "nomos/mutex.h"
 #include "nomos/profile.h"
 #include "nomos/testhooks.h"
@@ -68,8 +70,11 @@ unsigned configuredNumber() {
   return static_cast<unsigned>(std::strtoul(value, nullptr, 10));
 }
 
-const IndexedCodePage* loadConfigured() NOMOS_REQUIRES(codePageMutex) {
-  const IndexedCodePage* table = findOrLoad(configuredNumber());
+// refused receives the configured number when the page is not to be had, else 0.
+const IndexedCodePage* loadConfigured(unsigned& refused) NOMOS_REQUIRES(codePageMutex) {
+  const unsigned number = configuredNumber();
+  const IndexedCodePage* table = findOrLoad(number);
+  refused = table == nullptr ? number : 0;
   if (table == nullptr) table = findOrLoad(0);
   if (table != nullptr) return table;
   // No system code page is single-byte, or the memory is exhausted: bytes are Latin-1 characters
@@ -86,17 +91,28 @@ const IndexedCodePage* loadConfigured() NOMOS_REQUIRES(codePageMutex) {
   return &latin1;
 }
 
+// Called without the lock, because a log sink may ask for the code page.
+void report(unsigned refused) {
+  if (refused != 0) {
+    nomLog("CodePage %u is no single-byte page that this system has: its own is used", refused);
+  }
+}
+
 }  // namespace
 
 const IndexedCodePage& currentCodePage() {
   const IndexedCodePage* table = current.load(std::memory_order_acquire);
   if (table == nullptr) {
-    ThreadMutexHold hold(codePageMutex);
-    table = current.load(std::memory_order_relaxed);
-    if (table == nullptr) {
-      table = loadConfigured();
-      current.store(table, std::memory_order_release);
+    unsigned refused = 0;
+    {
+      ThreadMutexHold hold(codePageMutex);
+      table = current.load(std::memory_order_relaxed);
+      if (table == nullptr) {
+        table = loadConfigured(refused);
+        current.store(table, std::memory_order_release);
+      }
     }
+    report(refused);
   }
   return *table;
 }
@@ -122,10 +138,14 @@ bool encodeCharacter(const IndexedCodePage& codePage, std::uint32_t character,
 }  // namespace nomos
 
 bool nosSetCodePage(unsigned codePage) {
-  ThreadMutexHold hold(nomos::codePageMutex);
-  const nomos::IndexedCodePage* const table =
-      codePage == 0 ? nomos::loadConfigured() : nomos::findOrLoad(codePage);
-  if (table == nullptr) return false;
-  nomos::current.store(table, std::memory_order_release);
+  unsigned refused = 0;
+  {
+    ThreadMutexHold hold(nomos::codePageMutex);
+    const nomos::IndexedCodePage* const table =
+        codePage == 0 ? nomos::loadConfigured(refused) : nomos::findOrLoad(codePage);
+    if (table == nullptr) return false;
+    nomos::current.store(table, std::memory_order_release);
+  }
+  nomos::report(refused);
   return true;
 }

@@ -1,4 +1,5 @@
-// The single-byte code page in force, and its inverse.
+// The single-byte code page in force, and its inverse: in Windows-1252 the byte 80 is the character
+// 20AC, and the character 20AC the byte 80.
 #ifndef NOMOS_SOURCE_COMMON_CODEPAGES_H
 #define NOMOS_SOURCE_COMMON_CODEPAGES_H
 

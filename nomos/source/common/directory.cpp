@@ -1,4 +1,5 @@
-// Directories in their normal form, and the installation directory with its test hook.
+// Directories in their normal form ("a//b" is "a/b/"), the environment, and the installation
+// directory with its test hook.
 
 #include "nomos/directory.h"
 

@@ -1,4 +1,5 @@
 // XHeap: the system's allocator with a count of live blocks and the hook that fails an allocation.
+// Both are atomic counters, so that no thread waits for another here.
 
 #include "nomos/heap.h"
 
@@ -25,19 +26,19 @@ bool failsNow() {
 
 }  // namespace
 
-XHeap& XHeap::library() {
+XHeap& XHeap::library() noexcept {
   static constinit XHeap heap;
   return heap;
 }
 
-void* XHeap::allocate(std::size_t byteCount) {
+void* XHeap::allocate(std::size_t byteCount) noexcept {
   if (failsNow()) return nullptr;
   void* const block = nomos::platform::allocate(byteCount != 0 ? byteCount : 1);
   if (block != nullptr) liveBlocks.fetch_add(1, std::memory_order_relaxed);
   return block;
 }
 
-void XHeap::release(void* block) {
+void XHeap::release(void* block) noexcept {
   if (block == nullptr) return;
   liveBlocks.fetch_sub(1, std::memory_order_relaxed);
   nomos::platform::release(block);

@@ -188,8 +188,7 @@ KoraUtf8String::KoraUtf8String(const KoraUtf8String& other) : KoraBytes(other.ma
   *this = other;
 }
 
-// The text of a KoraUtf8String lies on the heap, or is the shared one: taking it never throws.
-KoraUtf8String::KoraUtf8String(KoraUtf8String&& other) noexcept : KoraBytes(other.maximum()) {
+KoraUtf8String::KoraUtf8String(KoraUtf8String&& other) : KoraBytes(other.maximum()) {
   *this = static_cast<KoraUtf8String&&>(other);
 }
 

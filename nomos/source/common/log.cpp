@@ -1,4 +1,5 @@
-// Log lines, assertions and message boxes, and the sinks that replace where they go.
+// Log lines, assertions and message boxes, and the sinks that replace where they go. Without a sink
+// an assertion is a log line, and so is a message box where nobody sees a window.
 
 #include "nomos/log.h"
 

@@ -1,4 +1,5 @@
-// Configuration: the global file's path and typed reading of keys.
+// Configuration: the global file's path and typed reading of keys. The backends give a value with
+// the comment behind it, "1 ; one", which is cut here.
 
 #include "nomos/profile.h"
 

@@ -1,6 +1,7 @@
 // Code pages through ICU, which lies behind a module of its own (libnomos_icu.so beside this
 // library) that is opened when the first one is asked for. Without the module Windows-1252 remains.
 
+#include "linux/libraryfolder.h"
 #include "platform.h"
 
 #include <dlfcn.h>
@@ -17,12 +18,10 @@ using Loader = bool (*)(unsigned number, CodePage* table);
 
 // The module stays open for the life of the process.
 Loader findLoader() {
-  Dl_info info;
-  if (dladdr(reinterpret_cast<const void*>(&findLoader), &info) == 0) return nullptr;
-  std::string path = info.dli_fname;
-  const std::size_t slash = path.rfind('/');
-  path.replace(slash == std::string::npos ? 0 : slash + 1, std::string::npos, "libnomos_icu.so");
-  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  const std::string folder = libraryFolder();
+  // A name without a folder would be looked for wherever the loader looks.
+  if (folder.empty()) return nullptr;
+  void* const module = dlopen((folder + "libnomos_icu.so").c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr) return nullptr;
   void* const entry = dlsym(module, "nomosIcuLoadCodePage");
   Loader loader;

@@ -1,5 +1,7 @@
-// Where the library lies, and the environment.
+// Where the library lies, and the environment. A library in /usr/lib, or in a folder of it, has its
+// files in /usr/share/nomutil; any other beside itself.
 
+#include "linux/libraryfolder.h"
 #include "platform.h"
 
 #include <dlfcn.h>
@@ -21,17 +23,16 @@ unsigned copyCut(const std::string& text, char* buffer, unsigned size) {
   return static_cast<unsigned>(length);
 }
 
-// The folder of the library that holds this function; empty when the system does not tell.
+}  // namespace
+
 std::string libraryFolder() {
   Dl_info info;
   char resolved[PATH_MAX];
   if (dladdr(reinterpret_cast<const void*>(&libraryFolder), &info) == 0) return {};
   if (realpath(info.dli_fname, resolved) == nullptr) return {};
-  std::string path = resolved;
-  return path.substr(0, path.rfind('/'));
+  const std::string path = resolved;
+  return path.substr(0, path.rfind('/') + 1);
 }
-
-}  // namespace
 
 const char kSeparator = '/';
 
@@ -47,12 +48,13 @@ unsigned getEnvironment(const char* name, char* buffer, unsigned size) {
 unsigned findInstallDirectory(char* buffer, unsigned size) {
   const std::string folder = libraryFolder();
   std::string ancestor = folder;
-  while (!ancestor.empty()) {
-    const std::size_t slash = ancestor.rfind('/');
-    const std::string name = ancestor.substr(slash + 1);
-    ancestor.resize(slash);
+  while (ancestor.size() > 1) {
+    ancestor.pop_back();
+    const std::size_t start = ancestor.rfind('/') + 1;
+    const std::string name = ancestor.substr(start);
+    ancestor.resize(start);
     if (name == "lib" || name == "lib64") {
-      const std::string shared = ancestor + "/share/nomutil";
+      const std::string shared = ancestor + "share/nomutil";
       if (access(shared.c_str(), F_OK) == 0) return copyCut(shared, buffer, size);
     }
   }

@@ -1,4 +1,5 @@
 // KoraFile on a file descriptor; the handle is the descriptor plus one, so that null means closed.
+// Calls that a signal interrupts are made again.
 
 #include "nomos/file.h"
 

@@ -1,4 +1,5 @@
-// The C library's formatter.
+// The C library's formatter, which keeps to C99: %lld has 64 bits, and the length that the whole
+// text has is returned when it was cut.
 
 #include "platform.h"
 

@@ -1,4 +1,5 @@
-// The allocator behind XHeap: the C library's.
+// The allocator behind XHeap: the C library's. Its blocks are aligned for any object, to 16 bytes;
+// null is seen only where the system does not promise more memory than it has.
 
 #include "platform.h"
 
@@ -6,10 +7,10 @@
 
 namespace nomos::platform {
 
-void* allocate(std::size_t byteCount) {
+void* allocate(std::size_t byteCount) noexcept {
   return std::malloc(byteCount);
 }
-void release(void* block) {
+void release(void* block) noexcept {
   std::free(block);
 }
 

@@ -1,4 +1,5 @@
-// The thread's last error.
+// The thread's last error, a variable of each thread. It holds errno's numbers (2 is ENOENT, no
+// such file) and those that an operation names.
 
 #include "nomos/lasterror.h"
 

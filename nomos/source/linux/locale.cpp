@@ -1,4 +1,5 @@
-// The thread's locale.
+// The locale of the calling thread, a variable of each thread: the system has none that others
+// could set. 1033, English of the United States, until nosSetThreadLocale says otherwise.
 
 #include "nomos/locale.h"
 

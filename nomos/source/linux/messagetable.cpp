@@ -1,4 +1,6 @@
-// Message tables as rows in the module's data.
+// Message tables as rows in the module's data, found through their index by linear probing: nearly
+// every identifier stands in its first slot. Last errors are the numbers that Windows gives, 317
+// and 1815.
 #include "nomos/messagetable.h"
 
 #include "nomos/lasterror.h"

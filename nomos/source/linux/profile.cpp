@@ -2,7 +2,8 @@
 // ':' ends a key, ';' behind a blank starts a comment even where the backends must still see the
 // quotes around it, an indented line continues the value above. So the reader here takes the
 // indentation away and masks the three signs. A line of more than the 198 characters that inih
-// takes is handed over in pieces that it sees as continuations.
+// takes is handed over in pieces that it sees as continuations. Sections are recognised here too:
+// of an empty one inih says nothing, and yet the first of its name counts.
 
 #include "platform.h"
 
@@ -12,12 +13,16 @@
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <string_view>
 
 namespace nomos::platform {
 namespace {
 
 // The mask of a sign is its place here, counted from 1.
 constexpr char kMaskedSigns[] = ";:#";
+
+// What some editors put in front of a file.
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 std::string masked(std::string text) {
   for (char& character : text) {
@@ -64,9 +69,15 @@ std::size_t pieceLength(const std::string& line, std::size_t room) {
 bool nextLine(Search& search) {
   if (search.found || !std::getline(search.file, search.line)) return false;
   std::string& line = search.line;
+  if (line.starts_with(kUtf8Mark)) line.erase(0, kUtf8Mark.size());
   line.erase(0, std::min(line.find_first_not_of(" \t\r"), line.size()));
-  if (line[0] == '[' && search.isInSection) return false;
   line = line[0] == ';' ? std::string() : masked(line);
+  if (line[0] == '[') {
+    if (search.isInSection) return false;
+    const std::size_t end = line.find(']');
+    search.isInSection = end != line.npos &&
+                         strcasecmp(line.substr(1, end - 1).c_str(), search.section.c_str()) == 0;
+  }
   search.matches = false;
   return true;
 }
@@ -87,10 +98,9 @@ char* readPiece(char* text, int size, void* user) {
 }
 
 // Called for every piece of a value.
-int visit(void* user, const char* section, const char* name, const char* value) {
+int visit(void* user, const char*, const char* name, const char* value) {
   auto& search = *static_cast<Search*>(user);
   if (!search.isContinuation) {
-    search.isInSection = strcasecmp(section, search.section.c_str()) == 0;
     search.matches = search.isInSection && strcasecmp(name, search.key.c_str()) == 0;
     search.found = search.matches;
   }

@@ -1,4 +1,5 @@
-// The clock on the wall.
+// The date and time of day in the zone of the system, split by the system: months count from 1,
+// years from the year 0, and a fraction of a millisecond is cut.
 
 #include "platform.h"
 

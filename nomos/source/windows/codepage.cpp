@@ -1,4 +1,5 @@
-// Code pages through the system's tables of characters and their classes.
+// Code pages through the system's tables of characters and their classes. In all of them but the
+// double-byte ones, such as 932, a byte is a character: the euro sign is 80 in 1252 and 88 in 1251.
 
 #include "platform.h"
 

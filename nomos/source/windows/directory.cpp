@@ -1,4 +1,5 @@
-// Where the library lies, and the environment.
+// Where the library lies, and the environment. The message files and the global configuration file
+// lie in the folder of nomos.dll.
 
 #include "platform.h"
 

@@ -1,4 +1,5 @@
-// KoraFile on a file handle; no file that is open has the null handle.
+// KoraFile on a file handle; no file that is open has the null handle. The calls set the last
+// errors themselves, and open no directory.
 
 #include "nomos/file.h"
 

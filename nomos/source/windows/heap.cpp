@@ -1,4 +1,5 @@
-// The allocator behind XHeap: the heap of the process.
+// The allocator behind XHeap: the heap of the process, which every module of it shares. Its blocks
+// are aligned for any object, to 16 bytes.
 
 #include "platform.h"
 
@@ -6,10 +7,10 @@
 
 namespace nomos::platform {
 
-void* allocate(std::size_t byteCount) {
+void* allocate(std::size_t byteCount) noexcept {
   return HeapAlloc(GetProcessHeap(), 0, byteCount);
 }
-void release(void* block) {
+void release(void* block) noexcept {
   HeapFree(GetProcessHeap(), 0, block);
 }
 

@@ -1,4 +1,5 @@
-// The thread's last error: the system's own.
+// The thread's last error: the system's own, so that 2 is ERROR_FILE_NOT_FOUND, and any call of the
+// system may change it.
 
 #include "nomos/lasterror.h"
 

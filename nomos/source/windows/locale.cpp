@@ -1,4 +1,5 @@
-// The thread's locale: the system's own.
+// The locale of the calling thread: the system's own, which other code of the thread follows too.
+// 1033, English of the United States, on a system of that language.
 
 #include "nomos/locale.h"
 

@@ -1,4 +1,5 @@
-// Message tables as message-table resources, read by FormatMessageA.
+// Message tables as message-table resources, read by FormatMessageA. The module is found by an
+// address inside of it; the rows that the caller has in its data are not read.
 #include "nomos/messagetable.h"
 
 #include <windows.h>
@@ -25,6 +26,7 @@ bool nosFormatModuleMessage(const NosMessageModule& module, std::uint32_t identi
                        handle, identifier, language, reinterpret_cast<LPSTR>(&text), 0, nullptr);
   }
   if (length == 0) {
+    // A text that cannot be had for another reason, as in a module without a table, is not there.
     if (GetLastError() != kNosMessageLanguageNotFound) SetLastError(kNosMessageNotFound);
     return false;
   }

@@ -1,4 +1,5 @@
 // Profile files through the system's own calls, which trim a value and take one pair of quotes off.
+// They know no comment behind a value: "1 ; one" is the whole value here.
 
 #include "platform.h"
 
