@@ -1,4 +1,6 @@
-// The command line: commands, options, help and exit statuses.
+// The command line: commands, options, help and exit statuses. The parser fills the options of the
+// command that the arguments name, and that command runs. `nomtool decimal 1 / 3` ends with status
+// 0, `nomtool decimal 1 / 0` with 1, `nomtool decimal 1` with 2.
 #include "commandline.h"
 
 #include "storednumber.h"
@@ -37,10 +39,23 @@ constexpr const char* kDecimalText =
 
 constexpr const char* kParamText =
     "FORMAT is a number or an enumerator of nomtool formats. TEXT is a number, true or false, a\n"
-    "character, a string; numbers with commas between them for DSKPOINT (x,y), DSKTIMESTAMP\n"
-    "(date,time), DSKTIMESTAMPOFFSET (date,time,bias) and DSKMEMORYADDRESS (address,length); "
-    "pairs\n"
-    "of hexadecimal digits for binaries and object identifiers; empty for DSKNULL.";
+    "character, a string in UTF-8; numbers with commas between them for DSKPOINT (x,y),\n"
+    "DSKTIMESTAMP (date,time), DSKTIMESTAMPOFFSET (date,time,bias), DSKMEMORYADDRESS "
+    "(address,length)\n"
+    "and the dotted numbers (DSKDOTTEDPAIR, DSKNUMBERANDPAIR, DSKDOTTEDTRIPLE) in the order of "
+    "their\n"
+    "bytes; pairs of hexadecimal digits for binaries and object identifiers; empty for DSKNULL. "
+    "A\n"
+    "DSKANY becomes the DSKKORASTRING that it is given.";
+
+constexpr const char* kBoxesText =
+    "Each box has a receiver of its own, and timers and schedules of 1 to 2,000 ms that start "
+    "anew\n"
+    "when they arrive. Producers dispatch to all boxes in turn as fast as they can; events that\n"
+    "meet in a box count as one receive. Latency is the time from a dispatch to its receipt, of "
+    "one\n"
+    "dispatch a millisecond; lateness counts from the beginning of the millisecond that was due.\n"
+    "With --producers 0 it shows the timers of an idle machine.";
 
 struct Options {
   TableOptions table;
@@ -50,6 +65,7 @@ struct Options {
   DateOptions date;
   OidOptions oid;
   ParamOptions param;
+  BoxesOptions boxes;
 };
 
 void declare(CLI::App& app, Options& options) {
@@ -95,6 +111,21 @@ void declare(CLI::App& app, Options& options) {
   param->add_option("TEXT", options.param.text, "Its value");
   param->add_flag("--json", options.param.json, "Print JSON");
   param->footer(kParamText);
+
+  constexpr unsigned kMost = 1'000'000;
+  CLI::App* boxes = app.add_subcommand("boxes", "Event boxes under load");
+  boxes->add_option("-p,--producers", options.boxes.producers, "Threads that dispatch (2)")
+      ->check(CLI::Range(0u, 64u));
+  boxes->add_option("-b,--boxes", options.boxes.boxes, "Boxes with a receiver each (2)")
+      ->check(CLI::Range(1u, 64u));
+  boxes->add_option("-t,--timers", options.boxes.timers, "Timers in each box (1000)")
+      ->check(CLI::Range(0u, kMost));
+  boxes->add_option("-s,--schedules", options.boxes.schedules, "Delayed memos in each box (1000)")
+      ->check(CLI::Range(0u, kMost));
+  boxes->add_option("--seconds", options.boxes.seconds, "How long (2)")
+      ->check(CLI::Range(0.0, 3600.0));
+  boxes->add_flag("--json", options.boxes.json, "Print JSON");
+  boxes->footer(kBoxesText);
 }
 
 }  // namespace
@@ -124,6 +155,7 @@ int run(std::vector<std::string> arguments, std::ostream& out, std::ostream& err
   if (app.got_subcommand("date")) status = dateCommand(options.date, out, err);
   if (app.got_subcommand("oid")) status = oidCommand(options.oid, out, err);
   if (app.got_subcommand("param")) status = paramCommand(options.param, out, err);
+  if (app.got_subcommand("boxes")) status = boxesCommand(options.boxes, out, err);
   if (!out.flush()) {
     err << "nomtool: the output cannot be written\n";
     return kExitUsage;

@@ -54,6 +54,15 @@ struct ParamOptions {
   bool json = false;
 };
 
+struct BoxesOptions {
+  unsigned producers = 2;
+  unsigned boxes = 2;
+  unsigned timers = 1'000;     // in each box
+  unsigned schedules = 1'000;  // in each box
+  double seconds = 2;
+  bool json = false;
+};
+
 // The figures of the numeric columns of a delimited file.
 int tableCommand(const TableOptions& options, std::ostream& out, std::ostream& err);
 
@@ -74,6 +83,9 @@ int oidCommand(const OidOptions& options, std::ostream& out, std::ostream& err);
 
 // A parameter built from a text: its bytes, its text and its binary image.
 int paramCommand(const ParamOptions& options, std::ostream& out, std::ostream& err);
+
+// Event boxes under load: rates, latencies, lateness of timers.
+int boxesCommand(const BoxesOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace nomtool
 

@@ -1,0 +1,31 @@
+// The whole life of a manager with its boxes, memos and timers, under one schedule.
+#ifndef SIMBOX_LIFE_H
+#define SIMBOX_LIFE_H
+
+#include "model.h"
+
+#include <string>
+#include <vector>
+
+namespace simbox {
+
+// What the threads do, each in order. Memos 0 to 3 and timers 4 and 5 alternate between box 0 and
+// the serialised box 1; memos 2 and 3 are received separately.
+struct Scenario {
+  std::vector<std::vector<Operation>> threads;
+};
+inline constexpr unsigned kMemos = 4;
+inline constexpr unsigned kTimers = 2;
+inline constexpr unsigned kBoxes = 2;
+
+// 2 or 3 threads of at most 6 operations each.
+Scenario randomScenario(std::uint32_t seed);
+
+// Lives it and checks it. duty is called when the threads begin (true) and when they have ended.
+void live(const Scenario& scenario, nomos::simulated::Chooser& chooser,
+          const std::function<void(bool)>& duty, const nomos::simulated::Failure& fail,
+          std::string* trace);
+
+}  // namespace simbox
+
+#endif  // SIMBOX_LIFE_H

@@ -1,0 +1,263 @@
+// The rules of boxes once more, as plainly as they can be said: every list is a vector, every walk
+// goes from one end to the other.
+#include "model.h"
+
+#include "boxes/boxesaccess.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace simbox {
+
+using Inside = nomutil::boxes::BoxesAccess;
+using nomutil::boxes::OnlyThread;
+
+std::string text(const Operation& operation) {
+  static const char* const names[] = {
+      "dispatch",  "updateDispatch", "dispatchMultiple", "updateDispatchMultiple",
+      "schedule",  "cancel",         "update",           "timerStart",
+      "timerStop", "getState",       "receive"};
+  return std::string(names[static_cast<int>(operation.kind)]) + ' ' +
+         std::to_string(operation.subject) + ": " + std::to_string(operation.a) + ' ' +
+         std::to_string(operation.b) + ' ' + std::to_string(operation.c);
+}
+
+void Model::begin(const nomos::simulated::Simulation& simulation, const BoxManager& manager,
+                  std::vector<Box*> boxes, unsigned boxThread) {
+  _simulation = &simulation;
+  _manager = &manager;
+  _boxes = std::move(boxes);
+  _queues.resize(_boxes.size());
+  _boxThread = boxThread;
+}
+
+void Model::addMemo(Memo* memo, unsigned box, unsigned priority, bool separate) {
+  _numbers[memo] = static_cast<unsigned>(_memos.size());
+  _memos.push_back({memo, box, ML_Idle, 0, 0, priority, separate, 0});
+}
+
+void Model::enters(const Operation& operation) {
+  _running[_simulation->current()] = Running{operation};
+}
+
+void Model::returns(unsigned value, unsigned signalCount) {
+  const Running& running = _running[_simulation->current()];
+  expect(running.isDone || running.operation.kind == Kind::Receive, "an operation took no lock");
+  if (running.operation.kind == Kind::Receive) {
+    expect(value == running.value && signalCount == running.signalCount, "a receive gave another");
+  }
+  _running.erase(_simulation->current());
+}
+
+void Model::checkQuiet() {
+  for (const Entry& entry : _memos) {
+    expect(entry.locus == ML_Idle || entry.locus == ML_Box, "a memo was lost");
+  }
+}
+
+void Model::acquired(const ThreadMutex& mutex) {
+  if (_manager == nullptr || !Inside::isChangeLock(*_manager, mutex)) return;
+  const auto running = _running.find(_simulation->current());
+  if (running != _running.end()) running->second.now = clock();
+}
+
+void Model::relinquishing(const ThreadMutex& mutex) {
+  if (_manager == nullptr || !Inside::isChangeLock(*_manager, mutex)) return;
+  const auto running = _running.find(_simulation->current());
+  if (running != _running.end()) {
+    apply(running->second);
+  } else if (_simulation->current() == _boxThread) {
+    judgeBoxThread();
+  }
+  compare();
+}
+
+void Model::apply(Running& running) {
+  const auto [kind, memo, a, b, c] = running.operation;
+  if (kind == Kind::Receive) return receive(running);
+  expect(!running.isDone, "an operation took its lock twice");
+  running.isDone = true;
+  Entry& entry = _memos[memo];
+  const bool staysQueued = kind == Kind::Dispatch || kind == Kind::DispatchMultiple;
+  if (kind != Kind::GetState && !(staysQueued && entry.locus == ML_Box)) withdraw(memo);
+  switch (kind) {
+    case Kind::Dispatch:
+      enter(memo);
+      break;
+    case Kind::UpdateDispatch:
+      set(memo, a, b, c != 0);
+      enter(memo);
+      break;
+    case Kind::DispatchMultiple:
+      enter(memo);
+      entry.signals += a - 1;
+      break;
+    case Kind::UpdateDispatchMultiple:
+      set(memo, a, b, true);
+      enter(memo);
+      entry.signals += c - 1;
+      break;
+    case Kind::Schedule: {
+      entry.signals = 0;
+      entry.locus = ML_Calendar;
+      entry.due = running.now + a;
+      const auto later = std::ranges::find_if(
+          _calendar, [&](unsigned other) { return _memos[other].due > entry.due; });
+      _calendar.insert(later, memo);
+      break;
+    }
+    case Kind::Cancel:
+      entry.signals = 0;
+      break;
+    case Kind::Update:
+      set(memo, a, b, c != 0);
+      break;
+    case Kind::TimerStart:
+      entry.value = b;
+      entry.priority = std::min(c, 15u);
+      entry.locus = ML_Wheel;
+      entry.due = running.now + a;
+      break;
+    default:
+      break;
+  }
+}
+
+void Model::set(unsigned memo, unsigned value, unsigned priority, bool separate) {
+  Entry& entry = _memos[memo];
+  entry.signals = 0;
+  entry.value = value;
+  entry.priority = std::min(priority, 15u);
+  entry.separate = separate;
+}
+
+void Model::withdraw(unsigned memo) {
+  std::erase(_queues[_memos[memo].box], memo);
+  std::erase(_calendar, memo);
+  _memos[memo].locus = ML_Idle;
+}
+
+void Model::enter(unsigned memo) {
+  Entry& entry = _memos[memo];
+  if (entry.locus == ML_Box) {
+    ++entry.signals;
+    return;
+  }
+  entry.locus = ML_Box;
+  if (entry.signals == 0) entry.signals = 1;
+  std::vector<unsigned>& queue = _queues[entry.box];
+  auto place = queue.end();
+  if (!queue.empty() && entry.priority > _memos[queue.front()].priority) {
+    place = queue.begin();
+  } else if (!queue.empty() && entry.priority != 0) {
+    place = std::find_if(queue.begin() + 1, queue.end(),
+                         [&](unsigned other) { return _memos[other].priority < entry.priority; });
+    if (place != queue.end()) ++place;
+  }
+  queue.insert(place, memo);
+}
+
+// A receive may hold the lock twice; it takes a memo at most once.
+void Model::receive(Running& running) {
+  std::vector<unsigned>& queue = _queues[running.operation.subject];
+  if (queue.empty() || running.isDone) return;
+  running.isDone = true;
+  const unsigned memo = queue.front();
+  withdraw(memo);
+  Entry& entry = _memos[memo];
+  if (!entry.separate) entry.signals = 0;
+  if (entry.signals != 0 && --entry.signals != 0) enter(memo);
+  running.value = entry.value;
+  running.signalCount = signalsOf(running.operation.subject);
+}
+
+// What is in a queue now and was in calendar or wheel has been moved; its place is the real one.
+void Model::judgeBoxThread() {
+  const OnlyThread only;
+  constexpr std::int64_t kSure = 20'000;  // farther behind, slots of the wheel are not unique
+  const std::int64_t now = clock();
+  const bool isSure = now - static_cast<std::int64_t>(Inside::slotTime(*_manager)) <= kSure;
+  for (Entry& entry : _memos) {
+    if (Inside::locus(*entry.memo) != ML_Box || entry.locus == ML_Box) continue;
+    expect(entry.locus == ML_Wheel || entry.locus == ML_Calendar, "an idle memo was moved");
+    expect(entry.due <= now || (entry.locus == ML_Wheel && !isSure), "a memo came too early");
+    std::erase(_calendar, numberOf(entry.memo));
+    entry.locus = ML_Box;
+    if (entry.signals == 0) entry.signals = 1;
+  }
+  for (unsigned box = 0; box < _boxes.size(); ++box) {
+    std::vector<unsigned> queue = queueOf(*_boxes[box]);
+    std::vector<unsigned> before;
+    for (const unsigned memo : queue) {
+      if (std::ranges::find(_queues[box], memo) != _queues[box].end()) before.push_back(memo);
+    }
+    expect(before == _queues[box], "a move changed the order of what was queued");
+    _queues[box] = std::move(queue);
+  }
+  if (!_calendar.empty()) expect(_memos[_calendar.front()].due > now, "a due memo was left");
+}
+
+void Model::compare() {
+  const OnlyThread only;
+  std::size_t running = 0;
+  for (const Entry& entry : _memos) {
+    expect(Inside::locus(*entry.memo) == entry.locus, "a memo is somewhere else");
+    if (entry.locus == ML_Box || entry.separate) {
+      expect(Inside::signals(*entry.memo) == entry.signals, "a memo has other signals");
+    }
+    running += entry.locus == ML_Wheel;
+  }
+  expect(Inside::armedCount(*_manager) == running + 2, "the wheel's count is wrong");
+  for (unsigned box = 0; box < _boxes.size(); ++box) {
+    expect(queueOf(*_boxes[box]) == _queues[box], "a queue has another order");
+    expect(Inside::queueCount(*_boxes[box]) == _queues[box].size(), "a queue's count is wrong");
+    expect(static_cast<std::uint32_t>(_boxes[box]->signalCount()) == signalsOf(box),
+           "signals were lost or made");
+  }
+  const BoxManager::Calendar& calendar = Inside::calendar(*_manager);
+  std::vector<unsigned> order;
+  std::uint32_t count = 0;
+  for (const Memo* memo = calendar.head(); memo != calendar.end(); ++count) {
+    if (Inside::usage(*memo) != MU_TimerTick) {
+      order.push_back(numberOf(memo));
+      expect(static_cast<std::int64_t>(Inside::time(*memo)) == _memos[order.back()].due,
+             "a scheduled memo has another time");
+    }
+    const Memo* const next = Inside::link(*memo).next;
+    expect(Inside::link(*next).prev == memo && Inside::time(*memo) <= Inside::time(*next),
+           "the calendar is not in order");
+    memo = next;
+  }
+  expect(order == _calendar, "the calendar has other memos");
+  expect(calendar.count() == count, "the calendar's count is wrong");
+}
+
+std::vector<unsigned> Model::queueOf(const Box& box) {
+  const OnlyThread only;
+  std::vector<unsigned> numbers;
+  for (const Memo* memo = Inside::queueHead(box); memo != nullptr;
+       memo = Inside::link(*memo).next) {
+    numbers.push_back(numberOf(memo));
+  }
+  return numbers;
+}
+
+std::uint32_t Model::signalsOf(unsigned box) const {
+  std::uint32_t sum = 0;
+  for (const unsigned memo : _queues[box]) sum += _memos[memo].signals;
+  return sum;
+}
+
+unsigned Model::numberOf(const Memo* memo) {
+  return _numbers.at(memo);
+}
+
+std::int64_t Model::clock() const {
+  return _simulation->lastReading() / 1'000'000;
+}
+
+void Model::expect(bool condition, const std::string& what) {
+  if (!condition) _fail(what);
+}
+
+}  // namespace simbox

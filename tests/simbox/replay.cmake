@@ -1,0 +1,10 @@
+# Lives one life twice, in two processes: the traces are the same.
+foreach(run IN ITEMS first second)
+  execute_process(COMMAND ${SIMBOX} --seed 7 OUTPUT_VARIABLE ${run} RESULT_VARIABLE result)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "simbox --seed 7: ${result}")
+  endif()
+endforeach()
+if(first STREQUAL "" OR NOT first STREQUAL second)
+  message(FATAL_ERROR "the traces differ")
+endif()
