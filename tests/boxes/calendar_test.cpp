@@ -56,12 +56,15 @@ TEST(Calendar, KeepsTimesAndEntriesInOrderWithAndWithoutAnIndex) {
       BoxManager::Calendar calendar;
       calendar.begin(&end);
       std::deque<Memo> memos;
+      std::vector<Memo*> idle;
       std::set<Entry> model;
       const int steps = indexed ? 40'000 : 2'000;
       for (int step = 0; step < steps; ++step) {
         const bool grows = random() % 100 < (step < steps / 2 ? 90u : 20u);
         if (grows || model.empty()) {
-          Memo* const memo = &memos.emplace_back(BoxesAccess::make(MU_Memo, 0, 0));
+          if (idle.empty()) idle.push_back(&memos.emplace_back(BoxesAccess::make(MU_Memo, 0, 0)));
+          Memo* const memo = idle.back();
+          idle.pop_back();
           const std::uint64_t due = draw(kind, random, step);
           const bool isFirst = calendar.enter(memo, due, index.get());
           model.insert({due, step, memo});
@@ -72,6 +75,7 @@ TEST(Calendar, KeepsTimesAndEntriesInOrderWithAndWithoutAnIndex) {
           if (random() % 2 == 0) at = model.lower_bound({draw(kind, random, step), 0, nullptr});
           if (at == model.end()) at = model.begin();
           calendar.remove(at->memo, index.get());
+          idle.push_back(at->memo);
           model.erase(at);
         }
         ASSERT_EQ(calendar.count(), model.size());

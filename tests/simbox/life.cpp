@@ -191,10 +191,10 @@ Scenario randomScenario(std::uint32_t seed) {
   return scenario;
 }
 
-void live(const Scenario& scenario, nomos::simulated::Chooser& chooser,
+void live(const Scenario& scenario, bool isPunctual, nomos::simulated::Chooser& chooser,
           const std::function<void(bool)>& duty, const nomos::simulated::Failure& fail,
           std::string* trace) {
-  Model model(fail);
+  Model model(isPunctual, fail);
   Simulation simulation(chooser, model, fail);
   simulation.traceTo(trace);
   Life life{scenario, simulation, model, duty, fail};

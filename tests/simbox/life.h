@@ -21,8 +21,9 @@ inline constexpr unsigned kBoxes = 2;
 // 2 or 3 threads of at most 6 operations each.
 Scenario randomScenario(std::uint32_t seed);
 
-// Lives it and checks it. duty is called when the threads begin (true) and when they have ended.
-void live(const Scenario& scenario, nomos::simulated::Chooser& chooser,
+// Lives it and checks it. isPunctual: the chooser never stalls. duty is called when the threads
+// begin (true) and when they have ended.
+void live(const Scenario& scenario, bool isPunctual, nomos::simulated::Chooser& chooser,
           const std::function<void(bool)>& duty, const nomos::simulated::Failure& fail,
           std::string* trace);
 

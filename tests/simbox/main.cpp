@@ -29,8 +29,10 @@ std::string life;  // which one is lived
 void liveRandomly(std::uint32_t seed, std::string* trace) {
   life = "simbox --seed " + std::to_string(seed);
   RandomChooser chooser(seed);
+  const bool isPunctual = seed % 2 == 0;
   live(
-      randomScenario(seed), chooser, [&](bool begins) { chooser.stalls = begins; }, fail, trace);
+      randomScenario(seed), isPunctual, chooser,
+      [&](bool begins) { chooser.stalls = begins && !isPunctual; }, fail, trace);
 }
 
 // Two threads whose operations meet in one memo, one box or one timer.
@@ -66,7 +68,7 @@ unsigned long liveUnderEverySchedule(const Scenario& scenario, unsigned preempti
   unsigned long lives = 0;
   do {
     live(
-        scenario, chooser, [&](bool begins) { chooser.explores = begins; }, fail, nullptr);
+        scenario, true, chooser, [&](bool begins) { chooser.explores = begins; }, fail, nullptr);
     ++lives;
   } while (chooser.next());
   return lives;

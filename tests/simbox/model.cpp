@@ -28,6 +28,7 @@ void Model::begin(const nomos::simulated::Simulation& simulation, const BoxManag
   _manager = &manager;
   _boxes = std::move(boxes);
   _queues.resize(_boxes.size());
+  _removals.resize(_boxes.size());
   _boxThread = boxThread;
 }
 
@@ -37,16 +38,30 @@ void Model::addMemo(Memo* memo, unsigned box, unsigned priority, bool separate) 
 }
 
 void Model::enters(const Operation& operation) {
-  _running[_simulation->current()] = Running{operation};
+  Running running{operation};
+  running.begin = _simulation->now() / 1'000'000;
+  if (operation.kind == Kind::Receive) running.removals = _removals[operation.subject];
+  _running[_simulation->current()] = running;
 }
 
 void Model::returns(unsigned value, unsigned signalCount) {
-  const Running& running = _running[_simulation->current()];
-  expect(running.isDone || running.operation.kind == Kind::Receive, "an operation took no lock");
-  if (running.operation.kind == Kind::Receive) {
-    expect(value == running.value && signalCount == running.signalCount, "a receive gave another");
-  }
+  const Running running = _running[_simulation->current()];
   _running.erase(_simulation->current());
+  if (running.operation.kind == Kind::Receive) {
+    checkReceived(running, value, signalCount);
+  } else {
+    expect(running.isDone, "an operation took no lock");
+  }
+}
+
+// Who returns with nothing has waited as long as it was to, or was woken for what another took.
+void Model::checkReceived(const Running& running, unsigned value, unsigned signalCount) {
+  expect(value == running.value && signalCount == running.signalCount, "a receive gave another");
+  const auto [kind, box, timeout, b, c] = running.operation;
+  const bool isOver = timeout != kNosInfinite &&
+                      _simulation->now() / 1'000'000 >= running.begin + std::int64_t{timeout};
+  expect(running.isDone || isOver || _removals[box] != running.removals,
+         "a receive ended before its time");
 }
 
 void Model::checkQuiet() {
@@ -132,7 +147,8 @@ void Model::set(unsigned memo, unsigned value, unsigned priority, bool separate)
 }
 
 void Model::withdraw(unsigned memo) {
-  std::erase(_queues[_memos[memo].box], memo);
+  const unsigned box = _memos[memo].box;
+  _removals[box] += static_cast<unsigned>(std::erase(_queues[box], memo));
   std::erase(_calendar, memo);
   _memos[memo].locus = ML_Idle;
 }
@@ -181,6 +197,7 @@ void Model::judgeBoxThread() {
     if (Inside::locus(*entry.memo) != ML_Box || entry.locus == ML_Box) continue;
     expect(entry.locus == ML_Wheel || entry.locus == ML_Calendar, "an idle memo was moved");
     expect(entry.due <= now || (entry.locus == ML_Wheel && !isSure), "a memo came too early");
+    expect(entry.due == now || !_isPunctual, "a memo came too late");
     std::erase(_calendar, numberOf(entry.memo));
     entry.locus = ML_Box;
     if (entry.signals == 0) entry.signals = 1;

@@ -45,7 +45,8 @@ std::string text(const Operation& operation);
 class Model : public nomos::simulated::Observer {
  public:
   using Fail = nomos::simulated::Failure;
-  explicit Model(Fail fail) : _fail(std::move(fail)) {}
+  // With isPunctual nothing stalls, so that all comes in its very millisecond.
+  Model(bool isPunctual, Fail fail) : _isPunctual(isPunctual), _fail(std::move(fail)) {}
 
   void begin(const nomos::simulated::Simulation& simulation, const BoxManager& manager,
              std::vector<Box*> boxes, unsigned boxThread);
@@ -74,7 +75,9 @@ class Model : public nomos::simulated::Observer {
   // The operation that a fiber is in.
   struct Running {
     Operation operation;
-    std::int64_t now = 0;  // its clock when it took the lock
+    std::int64_t begin = 0;  // its clock when it began
+    unsigned removals = 0;   // of the box of a receive, then
+    std::int64_t now = 0;    // its clock when it took the lock
     bool isDone = false;
     unsigned value = 0, signalCount = 0;  // what a receive is to give
   };
@@ -84,6 +87,7 @@ class Model : public nomos::simulated::Observer {
   void withdraw(unsigned memo);
   void set(unsigned memo, unsigned value, unsigned priority, bool separate);
   void receive(Running& running);
+  void checkReceived(const Running& running, unsigned value, unsigned signalCount);
   void judgeBoxThread();
   void compare();
   std::vector<unsigned> queueOf(const Box& box);
@@ -92,6 +96,7 @@ class Model : public nomos::simulated::Observer {
   std::int64_t clock() const;
   void expect(bool condition, const std::string& what);
 
+  bool _isPunctual;
   Fail _fail;
   const nomos::simulated::Simulation* _simulation = nullptr;
   const BoxManager* _manager = nullptr;
@@ -100,6 +105,7 @@ class Model : public nomos::simulated::Observer {
   std::vector<Entry> _memos;
   std::map<const Memo*, unsigned> _numbers;
   std::vector<std::vector<unsigned>> _queues;
+  std::vector<unsigned> _removals;  // from each queue so far
   std::vector<unsigned> _calendar;  // in order
   std::map<unsigned, Running> _running;
 };
