@@ -10,10 +10,16 @@
 //            std::string of a std::variant.
 //   copyin   20 characters to an inline string, a block and a held string that exist already,
 //   copyout  and from them, beside the std::string of a std::variant.
+//   equal    paramsAreEqual of two equal values of a format in memory of their own, and
+//   render   paramToString of one, for each format that has it; without peers. Strings and binaries
+//            have 20 elements. The counter allocations is the memory taken in a call.
 //
 // Before anything is timed, all sides have to give the same values.
 
+#include "nomos/heap.h"
+#include "nomos/testhooks.h"
 #include "sys/decimals.h"
+#include "sys/formatters.h"
 #include "sys/params.h"
 
 #include <benchmark/benchmark.h>
@@ -22,15 +28,36 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <random>
 #include <string>
 #include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
+
+namespace {
+
+std::uint64_t newCalls = 0;
+
+}  // namespace
+
+// Not inlined, as those of the standard library are not.
+[[gnu::noinline]] void* operator new(std::size_t byteCount) {
+  ++newCalls;
+  if (void* const block = std::malloc(byteCount != 0 ? byteCount : 1)) return block;
+  throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* block) noexcept {
+  std::free(block);
+}
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept {
+  std::free(block);
+}
 
 namespace {
 
@@ -325,6 +352,185 @@ bool registerCopiesOfTexts() {
   return true;
 }
 
+// ---- Equality and text ----
+
+// Runs of operator new and of XHeap::allocate in run(). The heap tells how many by when it fails.
+template <class Run>
+std::uint64_t allocationsIn(Run run) {
+  constexpr std::uint64_t kArmed = 100'000;
+  const std::uint64_t newBefore = newCalls;
+  nosFailAllocation(kArmed);
+  run();
+  const std::uint64_t ofNew = newCalls - newBefore;
+  std::uint64_t left = 1;
+  while (void* const block = XHeap::library().allocate(1)) {
+    XHeap::library().release(block);
+    ++left;
+  }
+  return ofNew + kArmed - left;
+}
+
+// Values of one format, all different but for characters, booleans and bytes. Two of the same
+// number are equal and lie in memory of their own.
+struct FormatValues {
+  static constexpr std::size_t kCount = 64;
+
+  explicit FormatValues(PFormat format) : values(kCount, DskParam(format, 0, 0)), memory(kCount) {
+    for (std::size_t i = 0; i < kCount; ++i) {
+      std::memcpy(memory[i], texts()[i], sizeof(Text));
+      set(values[i], memory[i], static_cast<std::uint32_t>(i));
+    }
+  }
+  FormatValues(const FormatValues&) = delete;
+  FormatValues& operator=(const FormatValues&) = delete;
+  ~FormatValues() {
+    for (DskParam& value : values) paramDeleteKoraAny(&value);
+  }
+
+  static void set(DskParam& value, char* text, std::uint32_t number);
+
+  struct Copy {
+    char text[kLength + 1];
+    operator char*() { return text; }
+  };
+  std::vector<DskParam> values;
+  std::vector<Copy> memory;
+};
+
+void FormatValues::set(DskParam& value, char* text, std::uint32_t number) {
+  auto* const bytes = reinterpret_cast<unsigned char*>(text);
+  const std::uint32_t date = 2'460'315 + 97 * number;
+  const std::uint32_t time = 50'829'042 + 500'009 * number;
+  const ClassID classId{{0, 8, 0}};
+  std::memset(value.value, 0, sizeof value.value);
+  switch (value.header.format) {
+    case DSKCSTRING:
+    case DSKCSTRING2:
+      return value.setValue(text);
+    case DSKSTRING:
+    case DSKBINARY:
+      paramcpy(&value, static_cast<const void*>(text), kLength);
+      return;
+    case DSKSTRINGBLOCK:
+    case DSKBINARYBLOCK:
+      return value.setValue(DskBinaryBlock{bytes, 0, kLength, kLength});
+    case DSKSTRINGUTF8BLOCK:
+      return value.setValue(StringUtf8Info{bytes, kLength, kLength, kLength});
+    case DSKKORASTRING:
+      paramCreateKoraString(&value, text, kLength, kKoraNoMaximum, 0);
+      return;
+    case DSKKORABINARY:
+      paramCreateKoraBinary(&value, bytes, kLength, kKoraNoMaximum, 0);
+      return;
+    case DSKKORASTRINGUTF8: {
+      const StringUtf8Info info{bytes, kLength, kLength, kLength};
+      paramCreateKoraStringUtf8(&value, &info, kKoraNoMaximum, 0);
+      return;
+    }
+    case DSKOBJECTID:
+    case DSKSHORTOBJECTID:
+      return value.setValue(DskObjectId{1'000'003ull * (number + 1), classId, 0, {}, 0, 0, 0});
+    case DSKCHARACTER:
+    case DSKBOOLEAN:
+    case DSKBYTE:
+      return value.setValue(value.header.format == DSKBOOLEAN ? '\1' : text[0]);
+    case DSKDATE:
+      return value.setValue(date);
+    case DSKTIME:
+      return value.setValue(time);
+    case DSKTIMESTAMP:
+      return value.setValue(std::array{date, time});
+    case DSKTIMESTAMPOFFSET:
+      return value.setValue(std::array{date, time, 0u - 780});
+    case DSKTIMESTAMPINTERVAL:
+      return value.setValue(std::int64_t{93'784'005} * (number + 1));
+    case DSKDECIMAL: {
+      DskDecimal stored{};
+      (Decimal(static_cast<int>(1'234'567 + 97 * number)) / Decimal(100))
+          .decimalToDskDecimal(stored, 255);
+      return value.setValue(stored);
+    }
+    case DSKSHORTREAL:
+      return value.setValue(static_cast<float>(number) / 100 + 12345);
+    case DSKREAL:
+      return value.setValue(number / 100.0 + 12345);
+    default:
+      return value.setValue(std::array{1000 + number, number, number, number});
+  }
+}
+
+// The formats whose equality is decided; the others are only rendered.
+bool hasEquality(PFormat format) {
+  return format != DSKSHORTOBJECTID &&
+         std::strcmp(findParamFormat(format)->family, "rendered") != 0;
+}
+
+struct FormatSides {
+  explicit FormatSides(PFormat format) : left(format), right(format) {}
+
+  bool areEqual(std::size_t i, std::size_t j) const {
+    bool equal = false;
+    return paramsAreEqual(&left.values[i], &right.values[j], &equal) == 0 && equal;
+  }
+  const char* render(std::size_t i) {
+    return paramToString(&left.values[i], text, sizeof text) == 0 ? text : "";
+  }
+
+  FormatValues left, right;
+  char text[128];
+};
+
+template <class Call>
+void registerCalls(const std::string& name, Call call) {
+  const auto loop = [call](benchmark::State& state) {
+    state.counters["allocations"] = static_cast<double>(allocationsIn([&call] {
+                                      for (std::size_t i = 0; i < FormatValues::kCount; ++i)
+                                        benchmark::DoNotOptimize(call(i));
+                                    })) /
+                                    FormatValues::kCount;
+    std::size_t i = 0;
+    for (auto unused : state) {
+      benchmark::DoNotOptimize(call(i));
+      benchmark::ClobberMemory();
+      i = (i + 1) % FormatValues::kCount;
+    }
+  };
+  benchmark::RegisterBenchmark(name.c_str(), loop);
+}
+
+// Every value equals its other self, and another one where its text is the same.
+bool isExact(FormatSides& sides, const std::string& name, bool compares) {
+  for (std::size_t i = 0; i < FormatValues::kCount; ++i) {
+    const std::string text = sides.render(i);
+    const std::size_t next = (i + 1) % FormatValues::kCount;
+    const bool sameText = text == sides.render(next);
+    if (!text.empty() &&
+        (!compares || (sides.areEqual(i, i) && sides.areEqual(i, next) == sameText))) {
+      continue;
+    }
+    std::cerr << name << ": value " << i << ", " << text << ", is not what it should be\n";
+    return false;
+  }
+  return true;
+}
+
+bool registerEqualityAndText() {
+  for (unsigned number = 0; number < 256; ++number) {
+    const ParamFormatInfo* const info = findParamFormat(number);
+    if (info == nullptr || number == DSKANY || number == DSKNULL) continue;
+    const auto format = static_cast<PFormat>(number);
+    const auto sides = std::make_shared<FormatSides>(format);
+    const std::string name = info->enumerator;
+    const bool compares = hasEquality(format);
+    if (!isExact(*sides, name, compares)) return false;
+    if (compares) {
+      registerCalls("equal/ours/" + name, [sides](std::size_t i) { return sides->areEqual(i, i); });
+    }
+    registerCalls("render/ours/" + name, [sides](std::size_t i) { return sides->render(i); });
+  }
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -333,7 +539,7 @@ int main(int argc, char** argv) {
   if (!givesOurCopies<CalledPeer>("variantCall") || !givesOurCopies<Peer<Variant>>("variant") ||
       !givesOurCopies<Peer<VariantText>>("variantText") || !isExact("ours", copyHeld) ||
       !isExact("gvariant", copyGVariant) || !isExact("variantText", copyStdString) ||
-      !registerCopiesOfTexts()) {
+      !registerCopiesOfTexts() || !registerEqualityAndText()) {
     return 1;
   }
   registerHeld();

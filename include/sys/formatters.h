@@ -102,8 +102,8 @@ class NOMUTIL_API OidFormatter {
   OidFormatter(const OidFormatter&) = default;
   OidFormatter& operator=(const OidFormatter&) = default;
 
-  // Renders into the buffer, which has capacity `length`; length becomes the number of characters
-  // stored, without the NUL.
+  // Renders into output, which has room for outputLength bytes; outputLength becomes the number of
+  // characters stored, without the NUL. A room of 0 writes nothing.
   virtual void doFormatOid(ClassID classId, std::uint64_t instanceId, ClassID parentClassId,
                            std::uint8_t level, std::uint16_t subId, std::uint32_t edition,
                            char* output, std::uint32_t& outputLength);

@@ -1,20 +1,6 @@
 // The parameter: one record in which every typed value crosses a call boundary, and the operations
 // that copy, hold and measure such values. docs/formats/parameter.md shows every value area.
 //
-//   offset size        field
-//   0      2           format, a PFormat: what the value is and how it is kept
-//   2      1           usage, carried by every copy
-//   3      1           more, not 0 while the value is partial
-//   4      4           carried, not interpreted
-//   8      32 or 520   value, laid out by format
-//
-// A ShortDskParam (40 bytes) is the beginning of a DskParam (528 bytes). Wherever a DskParam is
-// taken, a ShortDskParam may stand: the functions touch the bytes behind its end for the inline
-// formats 2 and 11 alone.
-//
-// Strings, UTF-8 strings and binaries are kept inline, in a block that the caller owns, or behind
-// a data handler that owns an object (see koraDataHandler).
-//
 // Functions that return int return a status, 0 for success. 1000 (a format that the operation does
 // not handle) comes with a log line that names the operation; a null parameter gives 1000 without
 // one, a handler parameter whose handler is null too. On failure nothing is written but where a
@@ -31,7 +17,9 @@
 #include <cstring>
 #include <type_traits>
 
-// The value area is given for each format; sizes in bytes, integers little-endian.
+// The value area is given for each format; sizes in bytes, integers little-endian. Strings, UTF-8
+// strings and binaries are kept inline, in a block that the caller owns, or behind a data handler
+// that owns an object.
 enum PFormat : std::uint16_t {
   DSKCSTRING = 1,             // char*: NUL-terminated, the caller's
   DSKSTRING = 2,              // DskString, in a DskParam alone
@@ -75,6 +63,17 @@ struct DskHeader {
   std::uint64_t bits;
 };
 
+// A ShortDskParam (40 bytes) is the beginning of a DskParam (528 bytes).
+//
+//   offset size        field
+//   0      2           format: what the value is and how it is kept
+//   2      1           usage, carried by every copy
+//   3      1           more, not 0 while the value is partial
+//   4      4           carried, not interpreted
+//   8      32 or 520   value, laid out by format
+//
+// Wherever a DskParam is taken, a ShortDskParam may stand: the functions touch the bytes behind its
+// end for the inline formats 2 and 11 alone.
 struct DskParamHeader {
   PFormat format;
   PUsage usage;
@@ -136,7 +135,12 @@ struct ShortDskParam : DskParamRecord<32> {
 struct DskParam : DskParamRecord<520> {
   using DskParamRecord::DskParamRecord;
   DskParam() {}
-  explicit DskParam(const ShortDskParam& source) { *this = source; }
+
+  // Not for `DskParam d = shortParam` nor an argument by value, which would copy 528 bytes out of
+  // 40: three exact constructors, none of them explicit, make these ambiguous with the operators.
+  DskParam(const ShortDskParam& source) { *this = source; }
+  DskParam(ShortDskParam& source) { *this = source; }
+  DskParam(ShortDskParam&& source) { *this = source; }
 
   // Takes the 40 bytes of the source and keeps those behind them.
   DskParam& operator=(const ShortDskParam& source) {
@@ -177,7 +181,8 @@ inline ShortDskParam::operator const DskParam&() const {
 
 // ---- Value areas ----
 
-// Formats 2 and 11. The 16 bits behind the length are neither read nor written.
+// Formats 2 and 11. The 16 bits behind the length are neither read nor written. A length above 512
+// counts as 512.
 struct DskString {
   std::uint16_t length;
   std::uint16_t unused;
@@ -192,9 +197,10 @@ static_assert(sizeof(DskString) == 516 && offsetof(DskString, data) == 4);
 static_assert(sizeof(DskInlineBinary) == 516 && offsetof(DskInlineBinary, data) == 4);
 
 // Formats 14 and 34: a block that the caller owns and the library never frees; its 20 bytes take
-// the value area. The content starts at data and is length elements. offset is its place in the
-// whole value of which it may be a piece; a block whose offset is not 0 is partial. capacity
-// counts elements: the NUL that a copy puts behind a string needs one byte more.
+// the value area. The content starts at data, but for paramToString and paramFromBinary, which read
+// from data + offset, and is length elements. offset is its place in the whole value of which it
+// may be a piece; a block whose offset is not 0 is partial. capacity counts elements: the NUL that
+// a copy puts behind a string needs one byte more.
 struct DskStringBlock {
   char* data;
   std::uint32_t offset;
@@ -210,8 +216,9 @@ struct DskBinaryBlock {
 static_assert(offsetof(DskStringBlock, capacity) == 16 && offsetof(DskBinaryBlock, capacity) == 16);
 static_assert(offsetof(StringUtf8Info, maximum) == 16);
 
-// Formats 5, 25, 33 and 54: every access goes through the handler. argument points to a
-// StringUtf8Info, of which an operation on characters or bytes uses the data pointer alone.
+// Formats 5, 25, 33 and 54: every access goes through the handler, called with the parameter itself
+// but by koraGetString. argument points to a StringUtf8Info, of which an operation on characters or
+// bytes uses the data pointer alone.
 using DskDataHandler = int (*)(std::uint8_t code, DskParam* parameter, void* argument,
                                std::uint32_t* count);
 struct DskHandlerValue {
@@ -304,8 +311,8 @@ NOMUTIL_API int paramcpy(void* target, const DskParam* source, unsigned targetSi
                          unsigned& byteLength, unsigned& characterLength);
 
 // Copies what fits, in characters with their NUL, and returns 1035, 1091 or 1124 when it had to
-// cut. A UTF-8 value is cut at a byte. Where no character can be kept, a targetSize of 0 writes
-// nothing, and of a block with a room of 1 neither.
+// cut. A UTF-8 value is cut at a byte. A targetSize of 0 gives 1035 for every string, an empty one
+// too, and writes nothing; so does 1 for a block of characters of which nothing is copied.
 NOMUTIL_API int paramcpyTruncate(void* target, const DskParam* source, unsigned targetSize);
 
 // Replace the text of target by the value: characters of the formats 1, 2, 6, 14, 25 and 36, bytes
@@ -321,7 +328,7 @@ NOMUTIL_API int paramcpy(DskBuffer* target, const DskParam* source);
 
 // ---- Copy into a parameter ----
 // The target's format says what is expected; nothing is reformatted but a DSKANY by its first
-// value.
+// value, also by one that is then refused.
 //   1           to the memory it points to: the NUL-terminated source whatever byteLength, but ""
 //               for a byteLength of 0; from a buffer its bytes and a NUL
 //   2           at most 512 characters, else 1035
@@ -343,6 +350,7 @@ NOMUTIL_API int paramcpy(DskParam* target, const void* source, unsigned byteLeng
 // The same with a characterLength of 0, which says that nobody has counted.
 NOMUTIL_API int paramcpy(DskParam* target, const void* source, unsigned byteLength);
 
+// The overload of a char array too; memory is cast to const void*, a null source to either.
 // From characters of the code page; a DSKKORASTRINGUTF8 receives them as UTF-8. Returns the status
 // of the conversion where it fails, 1448 without memory for it.
 NOMUTIL_API int paramcpy(DskParam* target, const char* source, unsigned length);
@@ -355,14 +363,15 @@ NOMUTIL_API int paramcpy(DskParam* target, const DskBuffer* source);
 // Copies a whole value. Strings (1, 14, 25), binaries (33, 34) and UTF-8 strings (51, 54) go to
 // the target's handler where the target is a DSKANY or holds the same kind; otherwise the target
 // becomes a new handler parameter of usage 2 with a copy, and what it held before is not released.
-// Every other format is copied with its header; a format up to 57 that cannot be copied so (11
-// among them) gives 1000 after the header has been copied.
+// Every other format is copied with its header, of an inline string (2) no more than 24 characters;
+// a format up to 57 that cannot be copied so (11 among them) gives 1000 after the header has been
+// copied.
 NOMUTIL_API int paramcpy(ShortDskParam* target, const ShortDskParam* source);
 
 // ---- Lengths and place ----
 
-// The length of the value in bytes, for a block its offset and length together. 15, 45, 46, 48 and
-// 49 are not handled.
+// The length of the value in bytes, for a block its offset and length together, modulo 2^32. 15,
+// 45, 46, 48 and 49 are not handled.
 NOMUTIL_API int paramBytesLen(const DskParam* parameter, unsigned* length);
 
 // In characters: formats 1, 2, 5, 6, 14, 25, 36, 51 and 54.
@@ -380,8 +389,8 @@ NOMUTIL_API int paramBytesPtr(const DskParam* parameter, unsigned char** bytes);
 // equals nothing; a decimal equals one of another scale; object identifiers compare by
 // oidsAreEqual; of timestamps with an offset only the timestamps count. Other pairs of formats are
 // unequal. A DSKNULL equals the empty or zero value of the other side. A block with an offset
-// equals only a block with the same offset and content. Returns 1000 for a left side of another
-// format, of 5 and 24, and for two DSKNULL.
+// equals only a block with the same offset and content. Returns 1000 for a left side of 5, 24, a
+// format that is only rendered or none, for a DSKNULL beside one of these, and for two DSKNULL.
 NOMUTIL_API int paramsAreEqual(const DskParam* left, const DskParam* right, bool* equal);
 
 // Whether two formats agree: the same number, a DSKNULL or DSKANY on either side, or the same
@@ -396,26 +405,31 @@ NOMUTIL_API int stringUtf8ParamEqualTo(const DskParam* left, const DskParam* rig
 
 // ---- Text ----
 
-// Renders a value for people into size bytes, always with a NUL; a size of 0 writes nothing. A
-// text that is longer than the buffer is cut, and ends in "..." when it is by more than its NUL
-// and size is at least 5. Binaries are pairs of hexadecimal digits with a blank behind each. A
-// block is shown from its pointer and offset on. UTF-8 becomes characters of the code page; the
-// status of the conversion (1002, 1035) is returned, and the text is then unspecified. Formats 0,
-// 5 and 36 give 1000.
+// Renders a value for people into size bytes, always with a NUL; a size of 0 writes nothing.
+// Binaries are pairs of hexadecimal digits with a blank behind each. A block is shown from its
+// pointer and offset on. UTF-8 becomes characters of the code page; the status of the conversion
+// (1002, 1035 where size is too small) is returned, and the text is then unspecified. Formats 0, 5
+// and 36 give 1000.
+//
+// A text longer than the buffer is cut. From a size of 5 on, strings end in "...", but for one that
+// is longer by its NUL alone, and so do binaries. A decimal whose integer part does not fit is '*'
+// throughout; everything else is just cut.
 NOMUTIL_API int paramToString(const DskParam* parameter, char* text, unsigned size);
 
 // ---- Binary image ----
 // Formats 2 and 11 take a DskParam, also where a ShortDskParam is written.
 
 // Makes target a binary block that looks at the bytes of source, valid while source lives and is
-// unchanged. A decimal's image is 14 bytes; of 14 and 34 it is the block without its offset.
-// Formats 5, 11, 15, 20, 24, 25, 36, 44, 45, 46, 48 and 49 give 1000.
+// unchanged; usage, more and carried of the target stay. A decimal's image is 14 bytes; of 14 and
+// 34 it is the block without its offset. Formats 5, 11, 15, 20, 24, 25, 36, 44, 45, 46, 48 and 49
+// give 1000.
 NOMUTIL_API int paramAsBinary(ShortDskParam* target, const ShortDskParam* source);
 
 // Builds a value of the target's format from a binary (11, 33, 34: that one from its offset on).
 // 1002 for a length that the format does not have; one of 0 changes nothing. 1 and 14 become a new
 // held string, 11 and 34 a new held binary, 51 a new held UTF-8 string, of usage 2; 25, 33 and 54
-// are set through their handler, 54 after its bytes are verified. 20, 24 and 36 give 1000.
+// are set through their handler, 54 after its bytes are verified. Any other target format gives
+// 1000; so does a source that is no binary, without a log line.
 // REQUIRES: for format 21, whose length is not tested, 8 readable bytes.
 NOMUTIL_API int paramFromBinary(ShortDskParam* target, const ShortDskParam* source);
 
@@ -429,8 +443,8 @@ NOMUTIL_API int paramNegateValue(ShortDskParam* target, const ShortDskParam* sou
 // clang-format off
 // The data handler of the library. The held object lies on XHeap::library() and belongs to the
 // parameter until a release code runs; it is created by the first operation that needs one, and
-// while the heap has nothing for it, it counts as empty. The codes are for characters from 16, for
-// bytes from 32, for UTF-8 from 64; [n] is *count, [d], [b], [k] and [m] are data, byteLength,
+// while the heap has nothing for it, it counts as empty. The bits 16, 32 and 64 of a code stand for
+// characters, bytes and UTF-8; [n] is *count, [d], [b], [k] and [m] are data, byteLength,
 // charLength and maximum of the StringUtf8Info at argument. What a code does not name may be null.
 //
 //   16 32     [d] = the text, which moves when its length changes
@@ -452,17 +466,22 @@ NOMUTIL_API int paramNegateValue(ShortDskParam* target, const ShortDskParam* sou
 //   25 40 72  release
 //
 // A code is not compared with the kind of the held object: an operation on characters takes a
-// binary as characters. Returns 1000 for another format than 5, 25, 33 and 54 and for a DSKANY
-// that holds an object, 1002 for another code, and what the string reports when it cannot take a
-// text (1035, 1091, 1124, 1448), which is then as before.
+// binary as characters, and leaves the characters of UTF-8 as counted. In 66 and 71 a [k] of 0 says
+// that nobody has counted, and the string counts.
+//
+// Returns 1000 for another format than 5, 25, 33 and 54, for a DSKANY that holds an object and for
+// one that a code without any of the three bits is sent to; 1002 for another code; and what the
+// string reports when it cannot take a text (1035, 1091, 1124, 1448), which is then as before. A
+// code that gives 1002 or fails has settled a DSKANY and made a missing object all the same.
 // REQUIRES: parameter is not null.
 // clang-format on
 NOMUTIL_API int koraDataHandler(std::uint8_t code, DskParam* parameter, void* argument,
                                 std::uint32_t* count);
 
-// Make a parameter that holds a new object with a copy of the text. A maximum of kKoraNoMaximum
-// is no limit. Return 0, also when the heap has no memory: the parameter then holds nothing until
-// its first use. 1035, 1091 or 1124 for a text over the maximum: the parameter stays as it was.
+// Make a parameter that holds a new object with a copy of the text. A maximum of kKoraNoMaximum is
+// no limit. Return 0, also when the heap has no memory: the parameter then holds nothing until its
+// first use, which makes an object without a limit. 1035, 1091 or 1124 for a text over the maximum:
+// the parameter stays as it was.
 NOMUTIL_API int paramCreateKoraString(DskParam* parameter, const char* characters,
                                       std::uint32_t length, std::uint32_t maximum, PUsage usage);
 NOMUTIL_API int paramCreateKoraBinary(DskParam* parameter, const unsigned char* bytes,
@@ -488,14 +507,16 @@ NOMUTIL_API int paramDeleteKoraBinary(DskParam* parameter);
 NOMUTIL_API int paramDeleteKoraStringUtf8(DskParam* parameter);
 NOMUTIL_API int paramDeleteKoraAny(DskParam* parameter);
 
-// Stores the held characters' place in result->data. Takes the value area, not the parameter.
+// Stores the held characters' place in result->data. Takes the value area, not the parameter, and
+// calls the handler with its self: in a copied record that is the parameter it was copied from.
 // REQUIRES: value and its handler are not null.
 NOMUTIL_API int koraGetString(const DskHandlerValue* value, StringUtf8Info* result);
 // Sets the held characters.
 NOMUTIL_API int koraSetString(DskParam* parameter, const char* characters, std::uint32_t length);
 
 // Where the value lies, without a copy. A null parameter gives 0 and stores nothing. Return a
-// failure of the data handler.
+// failure of the data handler. DerefString and DerefBinary write the self of a held value first, so
+// that only one thread may look at it so.
 // DerefString: formats 1, 14 and 25; for any other the parameter's own address.
 NOMUTIL_API int DerefString(DskParam* parameter, char** characters);
 // DerefBinary: formats 11, 33 and 34; for any other the parameter's own address and length 0.

@@ -10,7 +10,8 @@ using namespace nomtest;
 
 namespace {
 
-TEST(ParamFormat, HasItsNameAndSize) {
+// Number, enumerator, name, family and size of each format, and of a fixed one its length.
+TEST(ParamFormat, HasItsNameSizeAndFamily) {
   std::string all;
   for (unsigned number = 0; number < 0x10100; ++number) {
     const ParamFormatInfo* const found = findParamFormat(number);
@@ -18,15 +19,32 @@ TEST(ParamFormat, HasItsNameAndSize) {
     EXPECT_TRUE(found != nullptr || number > 0xFFFF || name == "Unknown") << number;
     if (found == nullptr) continue;
     EXPECT_EQ(found->fitsShortParam, !Param::isInline(number)) << number;
-    all += " " + std::to_string(number) + " " + name + " " + std::to_string(found->valueSize);
+    all += std::to_string(number) + found->enumerator + " " + name + " " + found->family + " " +
+           std::to_string(found->valueSize) + ", ";
+    const bool isFixed = std::string(found->family) == "fixed";
+    unsigned length = 77, characters = 77;
+    if (!isFixed && !isAmong(number, {5, 36})) continue;
+    EXPECT_EQ(paramBytesLen(Param(number), &length), 0);
+    EXPECT_EQ(length, isFixed ? found->valueSize : 0) << number;
+    if (isFixed && number != 6) continue;
+    EXPECT_EQ(paramCharactersLen(Param(number), &characters), 0);
+    EXPECT_EQ(characters, length);
   }
   EXPECT_EQ(all,
-            " 1 String 8 2 String 516 3 Object 22 4 Integer 4 5 Any 24 6 Character 1 7 Boolean 1"
-            " 8 Point 8 11 Binary 516 14 String 20 15 Unknown 6 16 Date 4 17 Time 4 18 Timestamp 8"
-            " 19 Decimal 16 20 Unknown 4 21 Real 8 24 Object 12 25 String 24 33 Binary 24"
-            " 34 Binary 20 36 Null 32 42 Integer64 8 44 MemoryAddress 12 45 Unknown 10"
-            " 46 Unknown 15 48 Unknown 8 49 Unknown 6 51 StringUtf8 20 52 Byte 1"
-            " 53 TimestampInterval 8 54 StringUtf8 24 57 TimestampOffset 12");
+            "1DSKCSTRING String string 8, 2DSKSTRING String string 516, 3DSKOBJECTID Object fixed "
+            "22, 4DSKINTEGER Integer fixed 4, 5DSKANY Any any 24, 6DSKCHARACTER Character fixed 1, "
+            "7DSKBOOLEAN Boolean fixed 1, 8DSKPOINT Point fixed 8, 11DSKBINARY Binary binary 516, "
+            "14DSKSTRINGBLOCK String string 20, 15DSKDOTTEDPAIR Unknown rendered 6, 16DSKDATE Date "
+            "fixed 4, 17DSKTIME Time fixed 4, 18DSKTIMESTAMP Timestamp fixed 8, 19DSKDECIMAL "
+            "Decimal fixed 16, 20DSKSHORTREAL Unknown fixed 4, 21DSKREAL Real fixed 8, "
+            "24DSKSHORTOBJECTID Object fixed 12, 25DSKKORASTRING String string 24, 33DSKKORABINARY "
+            "Binary binary 24, 34DSKBINARYBLOCK Binary binary 20, 36DSKNULL Null null 32, "
+            "42DSKINTEGER64 Integer64 fixed 8, 44DSKMEMORYADDRESS MemoryAddress fixed 12, "
+            "45DSKNUMBERANDPAIR Unknown rendered 10, 46DSKDOTTEDTRIPLE Unknown rendered 15, "
+            "48DSKCSTRING2 Unknown rendered 8, 49DSKDOTTEDPAIR2 Unknown rendered 6, "
+            "51DSKSTRINGUTF8BLOCK StringUtf8 utf8 20, 52DSKBYTE Byte fixed 1, "
+            "53DSKTIMESTAMPINTERVAL TimestampInterval fixed 8, 54DSKKORASTRINGUTF8 StringUtf8 utf8 "
+            "24, 57DSKTIMESTAMPOFFSET TimestampOffset fixed 12, ");
 }
 
 TEST(TypeNumber, MapsToItsOwnFormatAndOutOfTheUnreservedClasses) {
@@ -97,6 +115,11 @@ TEST(TypeTable, GivesEveryPairItsResult) {
 
 static_assert(!std::is_convertible_v<DskParam*, ShortDskParam*>);
 
+// A copy of 528 bytes out of 40.
+static_assert(!std::is_convertible_v<ShortDskParam, DskParam>);
+static_assert(!std::is_convertible_v<ShortDskParam&, DskParam>);
+static_assert(!std::is_convertible_v<const ShortDskParam&, DskParam>);
+
 // A record built on bytes of 0xCC. No optimizer sees through the call, which would let it drop
 // them.
 template <class T, class... Arguments>
@@ -132,20 +155,36 @@ TEST(ParamRecord, IsBuiltByItsFirstFourBytesAndCopiedWhole) {
   EXPECT_EQ(bytes(target), std::string(40, 's') + std::string(488, 'l'));
 }
 
+// Strings of three characters, of none and of "a|c": which equal the texts.
 TEST(DskString, EqualsAndBecomesACStringThatEndsWithIt) {
-  const DskString string{3, 0xFFFF, "abcdef"}, empty{0, 0, "x"}, inner{3, 0, {'a', '\0', 'c'}};
+  const DskString strings[] = {{3, 0xFFFF, "abcdef"}, {0, 0, "x"}, {3, 0, {'a', '\0', 'c'}}};
   std::string equal;
   for (const char* const text : {"|", "a|", "ab|", "abc|", "abcd|", "abd|"}) {
     const std::vector<char> c = bytesOf(text);
-    for (const auto& each : {&string, &empty, &inner})
-      equal += CEqualToDsk(c.data(), each) ? '1' : '0';
+    for (const DskString& each : strings) equal += CEqualToDsk(c.data(), &each) ? '1' : '0';
   }
   EXPECT_EQ(equal, "010000000100000000");
   for (const unsigned limit : {0u, 2u, 3u, 9u}) {
     std::vector<char> c(std::min(limit, 3u) + 1, '#');
-    EXPECT_EQ(dskStringToC(&string, c.data(), limit), c.size() - 1);
+    EXPECT_EQ(dskStringToC(strings, c.data(), limit), c.size() - 1);
     EXPECT_EQ(wordOf(c), std::string("abc").substr(0, limit) + "|");
-    if (limit > 3) dskStringToC(&string, c.data());
+    if (limit > 3) dskStringToC(strings, c.data());
+  }
+}
+
+TEST(DskString, OfALengthAboveItsRoomEndsThere) {
+  const std::string text(512, 'x');
+  for (const unsigned format : {2u, 11u}) {
+    const Param param(format, text);
+    param->setValue(std::uint16_t{600});
+    char target[513];
+    unsigned bytes = 0, characters = 0;
+    EXPECT_EQ(paramcpy(target, param, 513, bytes, characters), 0);
+    EXPECT_EQ(bytes, 512u);
+    const auto* const string = reinterpret_cast<const DskString*>(param->value);
+    EXPECT_TRUE(CEqualToDsk(text.c_str(), string));
+    EXPECT_EQ(dskStringToC(string, target), 512u);
+    EXPECT_EQ(dskStringToC(string, target, 513), 512u);
   }
 }
 

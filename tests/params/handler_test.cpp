@@ -12,18 +12,7 @@ using namespace nomtest;
 
 namespace {
 
-class DataHandler : public testing::Test {
- protected:
-  ~DataHandler() override {
-    nosFailAllocation(0);
-    EXPECT_EQ(nosAllocatedBlocks(), _before);
-    EXPECT_EQ(linesOf(recorder), "");
-  }
-  Recorder recorder;
-
- private:
-  std::uint64_t _before = nosAllocatedBlocks();
-};
+using DataHandler = Checked;
 
 std::string lineOf(const char* function, const char* what, unsigned number) {
   char line[100];
@@ -94,7 +83,7 @@ TEST_F(DataHandler, DoesWhatTheCodesSay) {
 TEST_F(DataHandler, KeepsTheTextThatWouldExceedTheMaximum) {
   const auto check = [](const Row& row) {
     const unsigned format = numberOf(row[0]);
-    const Param over(format, "abcde", 0, 4), held(format, "abcd", 0, 4);
+    const Param over(format, "abcde", 4), held(format, "abcd", 4);
     EXPECT_EQ(std::to_string(over.made), row[3]);
     EXPECT_EQ(over->header.usage, 3);
     EXPECT_EQ(over.held(), nullptr);
@@ -104,7 +93,7 @@ TEST_F(DataHandler, KeepsTheTextThatWouldExceedTheMaximum) {
     return call(held, row[1], "_");
   };
   expectRows(5, check, "25 21 23 1035 0:n4  33 37 38 1091 0:n4  54 70 71 1124 0:n1");
-  EXPECT_EQ(call(Param(54, "_", 0, 40), "70", "_"), "0:n10");
+  EXPECT_EQ(call(Param(54, "_", 40), "70", "_"), "0:n10");
 }
 
 // What a code does not name is null here.
@@ -127,29 +116,28 @@ TEST_F(DataHandler, IsSafeForEveryCodeOnEveryObject) {
     const bool isUnsettled = format == 5 && settled == 5;
     SCOPED_TRACE(testing::Message() << "code " << code << " on " << format);
     EXPECT_EQ(status, isKnown ? 0 : isUnsettled ? 1000 : 1002);
-    EXPECT_EQ(linesOf(recorder), isKnown       ? ""
-                                 : isUnsettled ? lineOf("koraDataHandler", "format", 5)
-                                               : lineOf("koraDataHandler", "operation", code));
+    EXPECT_EQ(lines(), isKnown       ? ""
+                       : isUnsettled ? lineOf("koraDataHandler", "format", 5)
+                                     : lineOf("koraDataHandler", "operation", code));
     EXPECT_EQ(held.format(), format == 5 ? settled : format);
     EXPECT_EQ((isKnown || code == 31) && held.held() == nullptr, isAmong(code, {25, 40, 72}));
   }
 }
 
 TEST_F(DataHandler, RefusesOtherFormatsAndAUsedAny) {
+  const std::pair<const char*, int (*)(DskParam*)> functions[] = {
+      {"koraDataHandler", [](DskParam* p) { return koraDataHandler(20, p, nullptr, nullptr); }},
+      {"paramDeleteKoraString", paramDeleteKoraString},
+      {"paramDeleteKoraBinary", paramDeleteKoraBinary},
+      {"paramDeleteKoraStringUtf8", paramDeleteKoraStringUtf8}};
   for (const unsigned format : {0u, 1u, 11u, 14u, 36u, 51u, 57u, 65535u}) {
     const Param other(format);
     const std::string before = other.snapshot();
-    EXPECT_EQ(koraDataHandler(20, other, nullptr, nullptr), 1000);
-    EXPECT_EQ(paramDeleteKoraString(other), 1000);
-    EXPECT_EQ(paramDeleteKoraBinary(other), 1000);
-    EXPECT_EQ(paramDeleteKoraStringUtf8(other), 1000);
-    EXPECT_EQ(paramDeleteKoraAny(other), 0);
-    std::string lines;
-    for (const char* const function : {"koraDataHandler", "paramDeleteKoraString",
-                                       "paramDeleteKoraBinary", "paramDeleteKoraStringUtf8"}) {
-      lines += lineOf(function, "format", format);
+    for (const auto& [name, function] : functions) {
+      EXPECT_EQ(function(other), 1000);
+      EXPECT_EQ(lines(), lineOf(name, "format", format));
     }
-    EXPECT_EQ(linesOf(recorder), lines);
+    EXPECT_EQ(paramDeleteKoraAny(other), 0);
     EXPECT_EQ(other.snapshot(), before);
   }
   const Param any(5);
@@ -157,7 +145,7 @@ TEST_F(DataHandler, RefusesOtherFormatsAndAUsedAny) {
   EXPECT_EQ(any.format(), 5u);
   any->setValue(DskHandlerValue{koraDataHandler, reinterpret_cast<void*>(0x12345678ABCDEF01), any});
   EXPECT_EQ(koraDataHandler(23, any, nullptr, nullptr), 1000);
-  EXPECT_EQ(linesOf(recorder), "koraDataHandler: non-null item 0xabcdef01\n");
+  EXPECT_EQ(lines(), "koraDataHandler: non-null item 0xabcdef01\n");
 }
 
 TEST_F(DataHandler, TakesAnObjectThatItHasNoMemoryForAsEmpty) {
@@ -181,24 +169,22 @@ TEST_F(DataHandler, TakesAnObjectThatItHasNoMemoryForAsEmpty) {
 }
 
 TEST_F(DataHandler, LosesOnlyTheInitialTextWhenAnAllocationFails) {
-  const std::string longer(3000, 'x');
   for (const unsigned format : {25u, 33u, 54u}) {
     for (const std::uint64_t n : {1u, 2u}) {
       nosFailAllocation(n);
-      const Param fresh(format, longer);
+      const Param fresh(format, std::string(3000, 'x'));
       nosFailAllocation(0);
       EXPECT_EQ(fresh.made, 0);
       EXPECT_EQ(fresh.word(), "(none)");
       EXPECT_EQ(fresh->header.usage + fresh->header.more, 2);
       EXPECT_EQ(call(fresh, "38", "later", 5), "0");
       EXPECT_EQ(fresh.word().substr(0, 5), "later");
-    }
-    for (const char* const code : {"18", "19", "23", "34", "35", "38", "66", "67", "71"}) {
-      const Param held(format, "abc");
-      const std::string before = held.snapshot();
-      nosFailAllocation(1);
-      EXPECT_EQ(call(held, code, longer, 3000, 3000), "1448") << code;
-      EXPECT_EQ(held.snapshot(), before) << code;
+      const std::string before = fresh.snapshot();
+      for (const char* const code : {"18", "19", "23", "34", "35", "38", "66", "67", "71"}) {
+        nosFailAllocation(1);
+        EXPECT_EQ(call(fresh, code, std::string(3000, 'x'), 3000, 3000), "1448") << code;
+      }
+      EXPECT_EQ(fresh.snapshot(), before);
     }
   }
 }
@@ -208,11 +194,8 @@ TEST_F(DataHandler, TakesAPieceOfItsOwnTextByTheSelfOfTheValueArea) {
   const DskHandlerValue value{koraDataHandler, other.held(), held};
   StringUtf8Info argument{};
   std::uint32_t count = 6;
-  for (const char* const expected : {"abcdefabcdef", "abcdefabcdefabcdef"}) {
-    EXPECT_EQ(koraGetString(&value, &argument), 0);
-    EXPECT_EQ(koraDataHandler(23, held, &argument, &count), 0);
-    EXPECT_EQ(held.word(), expected);
-  }
+  EXPECT_EQ(koraGetString(&value, &argument), 0);
+  EXPECT_EQ(koraDataHandler(23, held, &argument, &count), 0);
   EXPECT_EQ(koraSetString(held, static_cast<const char*>(held.held()->bytes()) + 4, 6), 0);
   EXPECT_EQ(held.word(), "efabcd");
 }
@@ -224,28 +207,28 @@ String* onTheHeap(const String& source) {
 
 TEST_F(DataHandler, ReleasesAnObjectThatItWasGiven) {
   unsigned char bytes[] = {'a', 'b', 0xC3, 0xA4};
-  for (const bool isAny : {false, true}) {
-    const Param string(1), binary(1), utf8(1);
-    EXPECT_EQ(paramSetKoraString(string, onTheHeap(KoraString<char>("ab", 2)), 9), 0);
-    EXPECT_EQ(paramSetKoraBinary(binary, onTheHeap(KoraString<unsigned char>(bytes, 2)), 9), 0);
-    EXPECT_EQ(paramSetKoraStringUtf8(utf8, onTheHeap(KoraUtf8String({bytes, 4, 3, 0})), 9), 0);
-    EXPECT_EQ(string.word() + binary.word() + utf8.word(), "ababab~/3");
-    for (const Param* const param : {&string, &binary, &utf8}) {
-      EXPECT_EQ((*param)->header.usage * 256 + (*param)->header.more, 9 * 256);
-      EXPECT_TRUE((*param)->getValue<DskHandlerValue>().self == *param);
+  const auto check = [](const char* word, int (*release)(DskParam*), auto set, const auto& object) {
+    for (const auto last : {release, paramDeleteKoraAny}) {
+      const Param param(1);
+      EXPECT_EQ(set(param, onTheHeap(object), 9), 0);
+      EXPECT_EQ(param.word(), word);
+      EXPECT_EQ(param->header.usage * 256 + param->header.more, 9 * 256);
+      EXPECT_TRUE(param->getValue<DskHandlerValue>().self == param.get());
+      EXPECT_EQ(last(param), 0);
+      EXPECT_EQ(param.word(), "(none)");
     }
-    EXPECT_EQ((isAny ? paramDeleteKoraAny : paramDeleteKoraString)(string), 0);
-    EXPECT_EQ((isAny ? paramDeleteKoraAny : paramDeleteKoraBinary)(binary), 0);
-    EXPECT_EQ((isAny ? paramDeleteKoraAny : paramDeleteKoraStringUtf8)(utf8), 0);
-    EXPECT_EQ(string.word() + binary.word() + utf8.word(), "(none)(none)(none)");
-  }
+  };
+  check("ab", paramDeleteKoraString, paramSetKoraString, KoraString<char>("ab", 2));
+  check("ab", paramDeleteKoraBinary, paramSetKoraBinary, KoraString<unsigned char>(bytes, 2));
+  check("ab~/3", paramDeleteKoraStringUtf8, paramSetKoraStringUtf8,
+        KoraUtf8String({bytes, 4, 3, 0}));
 }
 
 // Each place is 'p' for the parameter itself, 'i' for its inline data, 't' for the text elsewhere
 // and '-' for an output that is not touched.
 TEST_F(DataHandler, IsDereferencedInPlace) {
   const auto check = [](const Row& row) {
-    const Param param(numberOf(row[0]), "abcde", 3);
+    const Param param(numberOf(row[0]), "abcde@3");
     auto* const self = reinterpret_cast<unsigned char*>(param.get());
     const void* const text = param.isHeld() ? param.held()->bytes() : param.memory.data();
     if (param.isHeld()) param->setValue(DskHandlerValue{koraDataHandler, param.held(), nullptr});

@@ -1,4 +1,6 @@
-// The locale that texts of dates and numbers follow.
+// The locale that texts of dates and numbers follow. The key is read once in a process, and its
+// number kept beside a mark that it was: -1, which is 0xFFFFFFFF, is a locale like any other, and 0
+// leaves the choice to the thread. "TRUE" is 5129.
 
 #include "nomos/locale.h"
 #include "nomos/intl.h"

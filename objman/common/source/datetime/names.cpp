@@ -1,4 +1,5 @@
-// Dates taken apart, the names of months and days, the clock and the flat functions.
+// Dates taken apart, the names of months and days, the clock and the flat functions. A date is a
+// Julian day number, and 0 modulo 7 a Monday: 2440588, 1 January 1970, leaves 3, a Thursday.
 
 #include "words.h"
 

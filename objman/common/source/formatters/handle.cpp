@@ -1,4 +1,5 @@
-// Handles as text, and the finder of free slots.
+// Handles as text, and the finder of free slots. The handle 1F, 3, 4 with the tags 'Q', 'W' and 0
+// is "1F-3-4-QW00". The finder has a byte for each slot, which is not 0 where the slot is taken.
 
 #include "nomos/digits.h"
 #include "sys/formatters.h"

@@ -65,11 +65,12 @@ inline char* putOid(char* to, const OidFormatter& formatter, const DskObjectId& 
   to = putPadded<kLayout.classWidth>(to, classId & mask);
   to = putPadded<kLayout.instanceWidth>(put(to, separator), oid.instanceId);
   const std::uint32_t parent = oid.parentClassId.number();
-  if (formatter.alwaysFull || (parent != 0 && oid.level != 0)) {
+  const bool hasParent = parent != kNullClassID.number();
+  if (formatter.alwaysFull || (hasParent && oid.level != 0)) {
     to = putPadded<kLayout.parentWidth>(put(to, separator), parent & mask);
     to = putPadded<kLayout.levelWidth>(put(to, separator), oid.level);
     to = putPadded<kLayout.subIdWidth>(put(to, separator), oid.subId);
-  } else if (parent != 0) {
+  } else if (hasParent) {
     to = putPadded<kLayout.lastParentWidth>(put(to, separator), parent & mask);
   }
   if (formatter.showEdition && oid.edition != 0) {

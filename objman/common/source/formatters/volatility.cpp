@@ -1,4 +1,5 @@
-// The names of volatilities: a database's value is the object's plus one, 0 is transparent.
+// The names of volatilities. A database's value is the object's plus one, and 0 is transparent:
+// "Frozen" is 4 of an object and 5 of a database.
 
 #include "sys/formatters.h"
 

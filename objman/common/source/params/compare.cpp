@@ -10,6 +10,7 @@
 #include "sys/messages.h"
 #include "sys/params.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 

@@ -11,8 +11,8 @@
 #include "sys/params.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 
 namespace nomutil::params {

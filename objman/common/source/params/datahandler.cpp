@@ -13,7 +13,6 @@
 #include "sys/params.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <iterator>

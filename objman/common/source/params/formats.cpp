@@ -1,4 +1,5 @@
-// What callers may ask the table of formats.
+// What callers may ask the table of formats. 4 is DSKINTEGER, "Integer", of the family "fixed" and
+// 4 bytes; 9 is not a format and has no row, but the name "Unknown".
 
 #include "formats.h"
 

@@ -1,4 +1,6 @@
-// Parameters behind the library's data handler: made, adopted, released and looked into.
+// Parameters behind the library's data handler: made, adopted, released and looked into. The value
+// area is the handler at 0, the held object at 8, null while there is none, and the parameter
+// itself at 16.
 
 #include "heldobject.h"
 #include "record.h"
@@ -11,6 +13,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <new>
 
 namespace nomutil::params {
 namespace {
@@ -31,13 +35,19 @@ int create(DskParam* parameter, PFormat format, PUsage usage, const StringUtf8In
            std::uint32_t maximum) {
   if (parameter == nullptr) return kInvalidParameterType;
   Held* held = newHeld<Held>(maximum, text.byteLength);
+  int status = kNoError;
   try {
     if (held != nullptr) held->setUtf8(text);
   } catch (const NomException& failure) {
+    status = failure.number();
+  } catch (const std::bad_alloc&) {
+    status = kMemoryAllocationFailed;
+  }
+  if (status != kNoError) {
     deleteHeld(held);
     held = nullptr;
-    if (failure.number() != kMemoryAllocationFailed) return failure.number();
   }
+  if (status != kNoError && status != kMemoryAllocationFailed) return status;
   return initialise(parameter, format, usage, held);
 }
 

@@ -1,4 +1,6 @@
-// How long a parameter's value is, and where its bytes lie; and the text of a DskString.
+// How long a parameter's value is, and where its bytes lie; and the text of a DskString. A fixed
+// value has the size of its format (a DSKDECIMAL 16 bytes), a DSKNULL 0, and a block that holds 10
+// characters from offset 100 on the length 110, but its bytes lie at its pointer.
 
 #include "record.h"
 #include "text.h"
@@ -9,7 +11,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 
 namespace nomutil::params {
 namespace {
@@ -128,19 +129,20 @@ int paramBytesPtr(const DskParam* parameter, unsigned char** bytes) {
 }
 
 bool CEqualToDsk(const char* text, const DskString* string) {
+  const unsigned length = std::min<unsigned>(string->length, kInlineRoom);
   // A text that ends earlier has its NUL where the string has a character, unless that is a NUL.
-  for (unsigned i = 0; i < string->length; ++i) {
+  for (unsigned i = 0; i < length; ++i) {
     if (text[i] != string->data[i] || text[i] == '\0') return false;
   }
-  return text[string->length] == '\0';
+  return text[length] == '\0';
 }
 
 unsigned dskStringToC(const DskString* string, char* target) {
-  return dskStringToC(string, target, string->length);
+  return dskStringToC(string, target, kInlineRoom);
 }
 
 unsigned dskStringToC(const DskString* string, char* target, unsigned limit) {
-  const unsigned length = std::min<unsigned>(string->length, limit);
+  const unsigned length = std::min({unsigned{string->length}, kInlineRoom, limit});
   copyBytes(target, string->data, length);
   target[length] = '\0';
   return length;

@@ -10,6 +10,7 @@
 #include "sys/messages.h"
 #include "sys/params.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -95,9 +96,10 @@ constexpr bool isUtf8(Kind kind) {
   return kind == Kind::Utf8Block || kind == Kind::HeldUtf8;
 }
 
-// The length and the place of an inline value.
+// The length and the place of an inline value. A length that the room has not is cut to it, so that
+// nothing is read behind the record.
 inline std::uint32_t inlineLength(const DskParam* parameter) {
-  return load<std::uint16_t>(parameter);
+  return std::min<std::uint32_t>(load<std::uint16_t>(parameter), kInlineRoom);
 }
 inline const unsigned char* inlineData(const DskParam* parameter) {
   return valueOf(parameter) + offsetof(DskString, data);

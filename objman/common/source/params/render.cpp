@@ -12,6 +12,7 @@
 #include "sys/params.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -92,10 +93,12 @@ int renderDecimal(const DskDecimal& stored, Target target) {
   return kNoError;
 }
 
-// Blocks are shown from their offset on, unlike where they are copied.
+// Blocks are shown from their offset on, unlike where they are copied. One that shows nothing may
+// lie nowhere, whatever its offset.
 template <class Block>
 const unsigned char* shownFrom(const Block& block) {
-  return reinterpret_cast<const unsigned char*>(block.data) + block.offset;
+  const auto* const data = reinterpret_cast<const unsigned char*>(block.data);
+  return block.length != 0 ? data + block.offset : data;
 }
 
 int renderValue(const DskParam* parameter, PFormat format, Target target) {

@@ -1,4 +1,5 @@
-// Bytes and NUL-terminated texts at the edges of the copy operations.
+// Bytes and NUL-terminated texts at the edges of the copy operations, where a text of no length may
+// lie nowhere and one of 2^32 bytes or more fits nowhere.
 #ifndef NOMUTIL_PARAMS_TEXT_H
 #define NOMUTIL_PARAMS_TEXT_H
 
@@ -9,7 +10,7 @@
 
 namespace nomutil::params {
 
-// Lengths are 32 bits wide; a longer text counts as one that fits nowhere.
+// At most 0xFFFFFFFF, for which no room is large enough.
 inline std::uint32_t lengthOf(const char* text) {
   return static_cast<std::uint32_t>(std::min<std::size_t>(std::strlen(text), 0xFFFFFFFF));
 }
