@@ -59,17 +59,22 @@ inline constexpr int kMessageDirectory = -32001;
 
 // The functions below may be called by any thread. The first call reads the configuration: the
 // key "Language" of section "KoraClient" in the global configuration file, and the environment
-// variable KORALANGDIR, the directory of the message files (else the installation directory).
+// variable KORALANGDIR, the directory of the message files (its first 520 characters; else the
+// installation directory). Without the key, or when its whole value is <default> or eng in letters
+// of any case, the built-in table is asked first, and the message file is read at the first number
+// that the table lacks; any other value names the language whose message file the first call
+// reads. The thread that reads it also shows, in a message box, that this has failed.
 extern "C" {
 
 // Copies the text of a number, given as its 32 bits (negative numbers too): at most size - 1
 // characters and a NUL. A size of 0 means that the buffer has room for any text.
 //
 // Returns 0; 1 for a number without a text, when the buffer receives the number, padded to 7
-// characters, a blank and the text of message 1; kNoRoom, and an empty text, when that does not
-// fit; 5003, and a text that names the file, when the message file could not be loaded, then and
-// ever after.
-// REQUIRES: buffer is not null.
+// characters, a blank and 299 characters at most of the text of message 1; kNoRoom, and an empty
+// text, when that does not fit; 5003, and a text that names the file, for every number once the
+// message file could not be loaded: the call that tries it still gives 1 when it asked the built-in
+// table first. The texts of 0 and kMessageDirectory are never those of a message file.
+// REQUIRES: buffer is not null; else the result is kNoRoom.
 NOMUTIL_API int nomGetMessageText(unsigned number, char* buffer, unsigned size);
 
 // The same for a message of another severity (0 to 3) and facility in the built-in table;
@@ -81,11 +86,12 @@ NOMUTIL_API int nomGetMessageResourceText(unsigned number, char* buffer, unsigne
 NOMUTIL_API int NomVBGetMessageText(unsigned number, char* buffer);
 
 // Points *text at the stored text of a number, which lives as long as the process and is not to
-// be changed. Only a message file that has been loaded is searched, not the built-in table.
-// Returns 0; 5003, with *text at the text that names the file; or 1 for a number without a text,
-// when the number is written, padded to 7 characters and a blank, over the first 8 characters (12
-// for a number of 11) of the buffer to which *text points already.
-// REQUIRES: *text points to such a buffer.
+// be changed. Only a message file that has been loaded is searched, not the built-in table, and 0
+// is a number like any other there. Returns 0; 5003, with *text at the text that names the file; or
+// 1 for a number without a text, when the number is written, padded to 7 characters and a blank,
+// over the first 8 characters (12 for a number of 11) of the buffer to which *text points already.
+// REQUIRES: text is not null, else the result is kNoRoom; *text points to such a buffer, or is null
+// and receives nothing.
 NOMUTIL_API int NomGetMessageText(unsigned number, char** text);
 
 }  // extern "C"

@@ -1,4 +1,6 @@
-// The formats of parameters and the tables of the type system, as the library gives them.
+// The formats of parameters and the tables of the type system, as the library gives them: a row for
+// each format, then a square over ten types for assignment and for each operation. A Timestamp
+// minus a Timestamp is an Interval.
 #include "commands.h"
 
 #include "sys/params.h"

@@ -1,4 +1,5 @@
-// The texts of status numbers, as the library gives them.
+// The texts of status numbers, as the library gives them: 1002 is "Invalid parameter value". A
+// number is taken signed or unsigned, and one without a text is refused.
 #include "commands.h"
 #include "storednumber.h"
 

@@ -1,4 +1,5 @@
-// The bytes of an object identifier in every style.
+// The bytes of an object identifier in every style of the library's formatters. The 12 bytes
+// 11 00 00 00 00 00 00 00 00 08 40 00 are instance 17 of the transient class 2048: "[2048.17 (t)]".
 #include "commands.h"
 #include "storednumber.h"
 #include "valuetext.h"

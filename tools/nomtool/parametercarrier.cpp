@@ -1,4 +1,6 @@
-// Values are compared with what was sent, so that a status of 0 alone is not believed.
+// The two ways: a decimal is copied, taken as its image of 14 bytes and built again; a text goes
+// from a block into a held string and out. What arrives is compared with what was sent, so that a
+// status of 0 alone is not believed.
 #include "parametercarrier.h"
 
 #include "sys/messages.h"

@@ -1,4 +1,6 @@
-// Opens the file, and prints its figures as an aligned table or as JSON.
+// Opens the file, and prints its figures as an aligned table or as JSON. In the table numbers stand
+// with their points below each other, and widths count characters, not bytes, of UTF-8. What was
+// refused goes to the error stream, and makes the exit status 1.
 #include "commands.h"
 #include "storednumber.h"
 #include "tablefigures.h"

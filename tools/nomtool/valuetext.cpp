@@ -1,4 +1,5 @@
-// Bytes as hexadecimal digits, and back.
+// Bytes as hexadecimal digits, and back: "deAD" is read as the two bytes that are shown as "de ad".
+// A digit without its partner, or anything else than digits and blanks, is no value.
 #include "valuetext.h"
 
 namespace nomtool {

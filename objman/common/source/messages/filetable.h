@@ -1,4 +1,6 @@
-// The texts of a message file in memory, in file order.
+// The texts of a message file in memory: an array of entries, a number and its text each, in file
+// order, with room for 3,000 at first. It is filled once and searched from the start, which is
+// fast enough: texts of numbers are looked up when something has failed.
 #ifndef NOMUTIL_MESSAGES_FILETABLE_H
 #define NOMUTIL_MESSAGES_FILETABLE_H
 

@@ -3,10 +3,9 @@
 //   line     blanks (comment | message)? LF        the last line may lack its LF
 //   comment  "//" anything | "/*" anything         ends with its line, whatever it holds
 //   message  sign? digits anything '"' text '"' anything
-//   blank    space, tab, LF, VT, FF, CR
+//   blank    space, tab, LF, VT, FF, CR; the CR of a line end lies behind the text
 //
-// The text lies between the first and the last double quote; without digits the number is 0. A CR
-// before the LF lies behind the last quote and needs no treatment of its own.
+// The text lies between the first and the last double quote; without digits the number is 0.
 #include "messagefile.h"
 
 #include <limits>

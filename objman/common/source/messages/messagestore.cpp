@@ -1,4 +1,8 @@
 // Initialisation, loading and lookup, and the exported functions over the library's one store.
+//
+// 1002 is copied from the built-in table in place, "Invalid parameter value", without a call. 42 is
+// in no table, so that the first lookup of it loads the message file; its text is then made up,
+// "42      Undefined message number", with status 1.
 #include "messagestore.h"
 
 #include "messagefile.h"
@@ -23,6 +27,7 @@ namespace {
 constexpr const char* kSource = "objman/common/source/messages";
 constexpr const char* kSection = "KoraClient";
 constexpr const char* kLanguageKey = "Language";
+constexpr const char* kFileName = "kormsgs.";  // and a language code
 constexpr const char* kBoxTitle = "KORA Resource";
 constexpr std::uint32_t kEnglish = 1033;
 
@@ -213,7 +218,8 @@ void MessageStore::_readConfiguration() {
   nosGetEnv("KORALANGDIR", _directory, kPathSize);
   if (_directory[0] == '\0') nosGetInstallDirectory(_directory, kPathSize);
   nosNormaliseDirectory(_directory, kPathSize);
-  intlSnprintf(_path, kPathSize, "%skormsgs.%s", _directory, code);
+  intlSnprintf(_path, kPathSize, "%s%s%s", _directory, kFileName, code);
+  _isPathWhole = std::strlen(_directory) + std::strlen(kFileName) + std::strlen(code) < kPathSize;
   _initialView.directory = _directory;
   _initialView.notFound = _notFound;
 }
@@ -237,7 +243,8 @@ const char* MessageStore::_fillFileTable() {
   constexpr const char* kOutOfMemory = "Memory allocation failure loading file %s";
 
   KoraFile file;
-  if (!file.openReadOnly(_path)) return kMissing;
+  // A path that was cut may be that of another file.
+  if (!_isPathWhole || !file.openReadOnly(_path)) return kMissing;
   HeapText bytes;
   std::size_t byteCount = 0;
   switch (readAll(file, bytes, byteCount)) {

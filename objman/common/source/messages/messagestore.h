@@ -69,6 +69,7 @@ class MessageStore {
   char _loadError[kLoadErrorSize] NOMOS_GUARDED_BY(_lock) = "";
   char _directory[kPathSize] NOMOS_GUARDED_BY(_lock) = "";
   char _path[kPathSize] NOMOS_GUARDED_BY(_lock) = "";
+  bool _isPathWhole NOMOS_GUARDED_BY(_lock) = false;  // it fits into _path
 };
 
 }  // namespace nomutil::messages
