@@ -225,6 +225,10 @@ class NOMUTIL_API BoxCommon {
   void _remember(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _forget(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
 
+  // Enters a memo that no box allocated in the books, so that it is withdrawn with the others when
+  // the box ends; it is never freed.
+  void _adopt(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
+
   // Takes a memo of this box from queue, calendar or wheel, wherever it waits.
   void _withdraw(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
 
@@ -302,6 +306,8 @@ class NOMUTIL_API Box : public BoxCommon {
 
   nomutil::boxes::MemoQueue _queue() NOMOS_REQUIRES(nomutil::boxes::changeLock);
   int _allocate(Memo*& memo, MemoUsage usage, unsigned value, unsigned priority, bool separate);
+  void _requireMemo(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
+  void _requireTimer(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _remove(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _update(Memo* memo, std::uint32_t signals) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _memoUpdate(Memo* memo, unsigned value, unsigned priority, bool separate)
@@ -387,7 +393,7 @@ class NOMUTIL_API BoxIOCP : public BoxCommon {
       NOMOS_REQUIRES(nomutil::boxes::changeLock);
   Memo* _reuse() NOMOS_REQUIRES(nomutil::boxes::changeLock);
   Memo* _recycle(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
-  bool _isInUse(const Memo* memo) const NOMOS_REQUIRES(nomutil::boxes::changeLock);
+  bool _isInUse(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   bool _isOwn(const Memo* memo) const;
 
   NosCompletionPort _port;

@@ -187,7 +187,7 @@ void Simulation::goOn(bool canGoOn) {
 void Simulation::step(const char* what) {
   note(what);
   goOn(true);
-  if (_fibers[_current]->locks == 0 && _joins == 0)
+  if (_fibers[_current]->locks == 0 && _timedJoins == 0)
     _now += _chooser.stall() * platform::kNanosPerMilli;
 }
 
@@ -216,10 +216,11 @@ bool Simulation::join(unsigned fiber, std::uint32_t milliseconds) {
   const std::int64_t deadline = milliseconds == kNosInfinite
                                     ? platform::kNever
                                     : _now + milliseconds * platform::kNanosPerMilli;
-  ++_joins;
+  const unsigned timed = milliseconds != kNosInfinite ? 1 : 0;
+  _timedJoins += timed;
   bool inTime = true;
   while (!_fibers[fiber]->ended && inTime) inTime = block(_fibers[fiber].get(), deadline);
-  --_joins;
+  _timedJoins -= timed;
   return _fibers[fiber]->ended;
 }
 

@@ -78,7 +78,7 @@ class Simulation {
   bool block(const void* on, std::int64_t deadline);
   void wake(const void* on);
   unsigned start(std::function<void()> body);
-  // Waits for the end of a fiber, at most so many milliseconds. Nothing stalls meanwhile.
+  // Waits for the end of a fiber, at most so many milliseconds; then nothing stalls.
   bool join(unsigned fiber, std::uint32_t milliseconds);
   Observer& observer() { return _observer; }
   void countLocks(int change);  // locks that the running fiber holds
@@ -97,7 +97,7 @@ class Simulation {
   Failure _fail;
   std::vector<std::unique_ptr<Fiber>> _fibers;
   unsigned _current = 0;
-  unsigned _joins = 0;         // fibers that wait for another's end
+  unsigned _timedJoins = 0;    // fibers that wait for the end of another up to a deadline
   std::int64_t _now = kBirth;  // nanoseconds
   std::string* _trace = nullptr;
 };

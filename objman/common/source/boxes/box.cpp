@@ -66,10 +66,23 @@ void Box::timerDeallocate(Memo*& memo) {
   _release(memo);
 }
 
+// A broken contract is reported, and the operation done.
+void Box::_requireMemo(Memo* memo) {
+  if (memo->_usage == MU_Memo) return;
+  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Memo);
+  _adopt(memo);
+}
+
+void Box::_requireTimer(Memo* memo) {
+  if (memo->_usage == MU_Timer) return;
+  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Timer);
+  _adopt(memo);
+}
+
 void Box::memoDispatch(Memo* memo) {
   if (memo->_box != this) return memo->dispatch();
   _grabChangeLock();
-  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Memo);
+  _requireMemo(memo);
   if (memo->_locus != ML_Box) _withdraw(memo);
   _enter(memo);
   _dropChangeLock();
@@ -78,7 +91,7 @@ void Box::memoDispatch(Memo* memo) {
 void Box::memoUpdateDispatch(Memo* memo, unsigned value, unsigned priority, bool separate) {
   if (memo->_box != this) return memo->updateDispatch(value, priority, separate);
   _grabChangeLock();
-  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Memo);
+  _requireMemo(memo);
   _withdraw(memo);
   _memoUpdate(memo, value, priority, separate);
   _enter(memo);
@@ -88,7 +101,7 @@ void Box::memoUpdateDispatch(Memo* memo, unsigned value, unsigned priority, bool
 void Box::memoDispatchMultiple(Memo* memo, unsigned count) {
   if (memo->_box != this) return memo->dispatchMultiple(count);
   _grabChangeLock();
-  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Memo);
+  _requireMemo(memo);
   if (memo->_locus != ML_Box) _withdraw(memo);
   _enter(memo);
   _update(memo, count - 1);
@@ -99,7 +112,7 @@ void Box::memoUpdateDispatchMultiple(Memo* memo, unsigned value, unsigned priori
                                      unsigned count) {
   if (memo->_box != this) return memo->updateDispatchMultiple(value, priority, count);
   _grabChangeLock();
-  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Memo);
+  _requireMemo(memo);
   _withdraw(memo);
   _memoUpdate(memo, value, priority, true);
   _enter(memo);
@@ -111,7 +124,7 @@ void Box::memoSchedule(Memo* memo, unsigned delayMillis) {
   if (memo->_box != this) return memo->schedule(delayMillis);
   const std::int64_t now = nosGetRelativeTime();
   _grabChangeLock();
-  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Memo);
+  _requireMemo(memo);
   _withdraw(memo);
   memo->_signals = 0;
   _calendarEnter(memo, delayMillis, now);
@@ -121,7 +134,7 @@ void Box::memoSchedule(Memo* memo, unsigned delayMillis) {
 void Box::memoCancel(Memo* memo) {
   if (memo->_box != this) return memo->cancel();
   _grabChangeLock();
-  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Memo);
+  _requireMemo(memo);
   _withdraw(memo);
   memo->_signals = 0;
   _dropChangeLock();
@@ -130,7 +143,7 @@ void Box::memoCancel(Memo* memo) {
 void Box::memoUpdate(Memo* memo, unsigned value, unsigned priority, bool separate) {
   if (memo->_box != this) return memo->update(value, priority, separate);
   _grabChangeLock();
-  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Memo);
+  _requireMemo(memo);
   _withdraw(memo);
   _memoUpdate(memo, value, priority, separate);
   _dropChangeLock();
@@ -140,7 +153,7 @@ void Box::timerStart(Memo* memo, unsigned intervalMillis, unsigned value, unsign
   if (memo->_box != this) return memo->start(intervalMillis, value, priority);
   const std::int64_t now = nosGetRelativeTime();
   _grabChangeLock();
-  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Timer);
+  _requireTimer(memo);
   _withdraw(memo);
   BoxManager::_nailPriority(priority);
   memo->_content._value = value;
@@ -153,7 +166,7 @@ void Box::timerStart(Memo* memo, unsigned intervalMillis, unsigned value, unsign
 void Box::timerStop(Memo* memo) {
   if (memo->_box != this) return memo->stop();
   _grabChangeLock();
-  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Timer);
+  _requireTimer(memo);
   _withdraw(memo);
   _dropChangeLock();
 }

@@ -95,6 +95,10 @@ void BoxCommon::_forget(Memo* memo) {
   --_memoCount;
 }
 
+void BoxCommon::_adopt(Memo* memo) {
+  if (!_isRemembered(memo)) _remember(memo);
+}
+
 void BoxCommon::_withdraw(Memo* memo) {
   switch (memo->_locus) {
     case ML_Box:
@@ -116,18 +120,18 @@ void BoxCommon::_release(Memo*& memo) {
   BoxCommon* const box = freed->_box;
   box->_grabChangeLock();
   // A free memo is its box's to reuse; one that no box allocated is its maker's.
-  const bool isAllocated = freed->_locus != ML_Free && box->_isRemembered(freed);
+  const bool isFree = freed->_locus == ML_Free;
   box->_withdraw(freed);
-  if (isAllocated) box->_forget(freed);
+  if (!isFree) box->_forget(freed);
   box->_dropChangeLock();
-  if (isAllocated) boxes::destroy(freed);
+  if (!isFree && freed->_usage != MU_None) boxes::destroy(freed);
 }
 
 void BoxCommon::_releaseAll() {
   while (Memo* const memo = _memos) {
     _withdraw(memo);
     _forget(memo);
-    boxes::destroy(memo);
+    if (memo->_usage != MU_None) boxes::destroy(memo);
   }
 }
 

@@ -16,6 +16,16 @@
 
 namespace boxes = nomutil::boxes;
 
+namespace {
+
+// An operation that only completion-port boxes have, given a memo of another of them, is left to
+// that one; null for a memo of a Box.
+BoxIOCP* ownerOf(BoxCommon* box) {
+  return dynamic_cast<BoxIOCP*>(box);
+}
+
+}  // namespace
+
 BoxIOCP::BoxIOCP(BoxManager* manager, NosCompletionPort port) : BoxCommon(manager), _port(port) {}
 
 BoxIOCP::BoxIOCP(const BoxIOCP& other) NOMOS_NO_THREAD_SAFETY_ANALYSIS
@@ -68,8 +78,9 @@ void BoxIOCP::memoDeallocate(Memo*& memo) {
 bool BoxIOCP::memoDeallocateIfScheduledOrIdle(Memo*& memo, MemoLocus& locus) {
   if (memo == nullptr) return false;
   if (!_isOwn(memo)) {
+    BoxIOCP* const own = ownerOf(memo->_box);
     locus = ML_None;
-    return true;
+    return own == nullptr || own->memoDeallocateIfScheduledOrIdle(memo, locus);
   }
   _grabChangeLock();
   _isInUse(memo);
@@ -107,7 +118,10 @@ void BoxIOCP::memoDispatchMultiple(Memo* memo, unsigned count) {
 }
 
 void BoxIOCP::memoDispatchIfScheduled(Memo* memo) {
-  if (memo->_box != this) return;
+  if (memo->_box != this) {
+    if (BoxIOCP* const own = ownerOf(memo->_box)) own->memoDispatchIfScheduled(memo);
+    return;
+  }
   _grabChangeLock();
   if (_isInUse(memo) && memo->_locus == ML_Calendar) {
     _calendarRemove(memo);
@@ -129,7 +143,10 @@ void BoxIOCP::memoSchedule(Memo* memo, unsigned delayMillis) {
 
 bool BoxIOCP::memoRescheduleUpdated(Memo* memo, unsigned delayMillis, NomULong bytes,
                                     std::uint64_t key, OVERLAPPED* overlapped) {
-  if (memo->_box != this) return true;
+  if (memo->_box != this) {
+    BoxIOCP* const own = ownerOf(memo->_box);
+    return own == nullptr || own->memoRescheduleUpdated(memo, delayMillis, bytes, key, overlapped);
+  }
   const std::int64_t now = nosGetRelativeTime();
   _grabChangeLock();
   const bool isScheduled = _isInUse(memo) && memo->_locus == ML_Calendar;
@@ -163,7 +180,10 @@ void BoxIOCP::getMemoState(Memo* memo, MemoLocus& locus, unsigned& remaining) {
 }
 
 void BoxIOCP::markMemoReceived(Memo* memo) {
-  if (memo->_box != this) return;
+  if (memo->_box != this) {
+    if (BoxIOCP* const own = ownerOf(memo->_box)) own->markMemoReceived(memo);
+    return;
+  }
   _grabChangeLock();
   if (_isInUse(memo) && memo->_locus == ML_Port) memo->_locus = ML_Idle;
   _dropChangeLock();
@@ -215,7 +235,10 @@ Memo* BoxIOCP::_reuse() {
 // destroyed without the lock.
 Memo* BoxIOCP::_recycle(Memo* memo) {
   _withdraw(memo);
-  if (!_isRemembered(memo)) return nullptr;  // no box allocated it
+  if (memo->_usage == MU_None) {  // no box allocated it
+    _forget(memo);
+    return nullptr;
+  }
   memo->_locus = ML_Free;
   if (_freeCount >= _freeLimit) {
     _forget(memo);
@@ -231,8 +254,9 @@ void BoxIOCP::_memoUpdate(Memo* memo, NomULong bytes, std::uint64_t key, OVERLAP
   memo->_iocpBoxData = {bytes, key, overlapped};
 }
 
-bool BoxIOCP::_isInUse(const Memo* memo) const {
+bool BoxIOCP::_isInUse(Memo* memo) {
   NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Memo && memo->_locus != ML_Free);
+  if (memo->_usage == MU_None) _adopt(memo);
   return memo->_locus != ML_Free;
 }
 

@@ -94,7 +94,7 @@ bool TimerWheel::endLeg(Memo* memo) {
   memo->_clearLinkA();
   memo->_locus = ML_Idle;
   --_armedCount;
-  if (memo->_usage != MU_Timer) return false;
+  if (memo->_usage == MU_KeepAlive) return false;
   if (memo->_content._laps != 0) {
     --memo->_content._laps;
   } else {
