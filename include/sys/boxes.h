@@ -255,6 +255,8 @@ class NOMUTIL_API BoxCommon {
   BoxLinkage _link NOMOS_GUARDED_BY(nomutil::boxes::changeLock);  // the manager's boxes
   Memo* _memos NOMOS_GUARDED_BY(nomutil::boxes::changeLock);      // the newest of all memos
   std::uint32_t _memoCount NOMOS_GUARDED_BY(nomutil::boxes::changeLock);
+  // An event that was signalled under the lock and whose waiters are still to be woken, or null.
+  Event* _toWake NOMOS_GUARDED_BY(nomutil::boxes::changeLock) = nullptr;
 };
 
 // A mailbox with a queue of its own. Boxes are made and destroyed by their manager.
@@ -308,6 +310,8 @@ class NOMUTIL_API Box : public BoxCommon {
   int _allocate(Memo*& memo, MemoUsage usage, unsigned value, unsigned priority, bool separate);
   void _requireMemo(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _requireTimer(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
+  // Gives the lock back, then wakes who waits for the box: they would want the lock at once.
+  void _dropAndWake() NOMOS_RELEASE(nomutil::boxes::changeLock);
   void _remove(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _update(Memo* memo, std::uint32_t signals) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _memoUpdate(Memo* memo, unsigned value, unsigned priority, bool separate)

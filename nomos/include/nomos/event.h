@@ -36,6 +36,12 @@ class NOMOS_API Event {
 
   void set() noexcept;
 
+  // set in two steps, for who sets under a lock that the released will want at once: signal says
+  // whether somebody has to be woken, which wake does when the lock has been given back. The event
+  // must exist until wake has returned.
+  [[nodiscard]] bool signal() noexcept;
+  void wake() noexcept;
+
   // Takes back a signal that nobody has been given.
   void reset() noexcept;
 

@@ -83,7 +83,7 @@ bool Event::waitUntil(std::int64_t relativeTime) noexcept {
 
 // The exchange happens also where the word stays as it is: it orders what this thread did before
 // what the next taker of the signal, or a reset, sees. Nothing of the event is read behind it.
-void Event::set() noexcept {
+bool Event::signal() noexcept {
   const bool manualReset = _manualReset;
   std::uint64_t state = _state.load(std::memory_order_relaxed);
   std::uint64_t next;
@@ -93,12 +93,18 @@ void Event::set() noexcept {
     next = open ? state : withWord(state, word + (manualReset ? 3 : 1));
   } while (!_state.compare_exchange_weak(state, next, std::memory_order_release,
                                          std::memory_order_relaxed));
-  if (next == state || waitersOf(state) == 0) return;
-  if (manualReset) {
-    platform::wakeAll(_state);
-  } else if (wordOf(state) < waitersOf(state)) {
-    platform::wakeOne(_state);
-  }
+  if (next == state || waitersOf(state) == 0) return false;
+  return manualReset || wordOf(state) < waitersOf(state);
+}
+
+void Event::wake() noexcept {
+  _manualReset ? platform::wakeAll(_state) : platform::wakeOne(_state);
+}
+
+void Event::set() noexcept {
+  const bool manualReset = _manualReset;
+  if (!signal()) return;
+  manualReset ? platform::wakeAll(_state) : platform::wakeOne(_state);
 }
 
 void Event::reset() noexcept {

@@ -40,11 +40,18 @@ bool Event::waitUntil(std::int64_t relativeTime) noexcept {
   return _waitUntilNanos(relativeTime * platform::kNanosPerMilli);
 }
 
-void Event::set() noexcept {
-  Simulation* const simulation = Simulation::running();
-  if (simulation != nullptr) simulation->extraStep("sets");
+bool Event::signal() noexcept {
+  if (Simulation* const simulation = Simulation::running()) simulation->extraStep("sets");
   _state = 1;
-  if (simulation != nullptr) simulation->wake(this);
+  return true;
+}
+
+void Event::wake() noexcept {
+  if (Simulation* const simulation = Simulation::running()) simulation->wake(this);
+}
+
+void Event::set() noexcept {
+  if (signal()) wake();
 }
 
 void Event::reset() noexcept {

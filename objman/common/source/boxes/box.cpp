@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace boxes = nomutil::boxes;
 
@@ -85,7 +86,7 @@ void Box::memoDispatch(Memo* memo) {
   _requireMemo(memo);
   if (memo->_locus != ML_Box) _withdraw(memo);
   _enter(memo);
-  _dropChangeLock();
+  _dropAndWake();
 }
 
 void Box::memoUpdateDispatch(Memo* memo, unsigned value, unsigned priority, bool separate) {
@@ -95,7 +96,7 @@ void Box::memoUpdateDispatch(Memo* memo, unsigned value, unsigned priority, bool
   _withdraw(memo);
   _memoUpdate(memo, value, priority, separate);
   _enter(memo);
-  _dropChangeLock();
+  _dropAndWake();
 }
 
 void Box::memoDispatchMultiple(Memo* memo, unsigned count) {
@@ -105,7 +106,7 @@ void Box::memoDispatchMultiple(Memo* memo, unsigned count) {
   if (memo->_locus != ML_Box) _withdraw(memo);
   _enter(memo);
   _update(memo, count - 1);
-  _dropChangeLock();
+  _dropAndWake();
 }
 
 void Box::memoUpdateDispatchMultiple(Memo* memo, unsigned value, unsigned priority,
@@ -117,7 +118,7 @@ void Box::memoUpdateDispatchMultiple(Memo* memo, unsigned value, unsigned priori
   _memoUpdate(memo, value, priority, true);
   _enter(memo);
   _update(memo, count - 1);
-  _dropChangeLock();
+  _dropAndWake();
 }
 
 void Box::memoSchedule(Memo* memo, unsigned delayMillis) {
@@ -231,7 +232,7 @@ void Box::_receive(std::int64_t deadline, unsigned& value, unsigned& signalCount
     _grabChangeLock();
   }
   if (_boxCount != 0) _take(value, signalCount);
-  _dropChangeLock();
+  _dropAndWake();
 }
 
 void Box::_take(unsigned& value, unsigned& signalCount) {
@@ -257,7 +258,7 @@ void Box::_enter(Memo* memo) {
   _queue().enter(memo);
   if (memo->_signals == 0) memo->_signals = 1;
   _count(memo->_signals);
-  if (_boxCount == 1) _arrival.set();
+  if (_boxCount == 1 && _arrival.signal()) _toWake = &_arrival;
 }
 
 void Box::_remove(Memo* memo) {
@@ -272,6 +273,12 @@ void Box::_remove(Memo* memo) {
   _queue().remove(memo);
   _count(0 - memo->_signals);
   if (_boxCount == 0) _arrival.reset();
+}
+
+void Box::_dropAndWake() {
+  Event* const event = std::exchange(_toWake, nullptr);
+  _dropChangeLock();
+  if (event != nullptr) event->wake();
 }
 
 void Box::_cleanup() {

@@ -4,6 +4,8 @@
 
 #include "sys/boxes.h"
 
+#include <utility>
+
 static_assert(nomutil::boxes::BoxesAccess::packetLiesOverContent());
 
 Memo::Memo()
@@ -60,6 +62,8 @@ void Memo::getState(MemoLocus& locus, unsigned& remaining) {
   _box->getMemoState(this, locus, remaining);
 }
 
+// By the box thread, which holds the lock for more than one memo.
 void Memo::_boxEnter() {
   _box->_enter(this);
+  if (Event* const event = std::exchange(_box->_toWake, nullptr)) event->wake();
 }
