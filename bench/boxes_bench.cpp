@@ -7,6 +7,9 @@
 #include "nomos/testhooks.h"
 
 #include <benchmark/benchmark.h>
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 #include <uv.h>
 #include <atomic>
 #include <barrier>
@@ -143,18 +146,19 @@ void coalesceOurs(benchmark::State& state) {
   Boxes boxes;
   std::vector<Memo*> memos;
   for (int i = 0; i < state.range(0); ++i) memos.push_back(boxes.memo());
+  constexpr unsigned kLast = 2;
+  Memo* const last = boxes.memo();
   produce(
       state, [&](unsigned i) { memos[i]->dispatch(); },
       [&](unsigned, std::vector<std::jthread>& threads) {
-        // The consumer goes on receiving until the producers are done and the box is empty.
-        std::atomic<bool> done{false};
+        // A last memo, behind all others, ends it.
         std::jthread joiner([&] {
           for (std::jthread& thread : threads) thread.join();
-          done = true;
+          last->updateDispatch(kLast, 0, false);
         });
-        unsigned value = 1;
+        unsigned value = 0;
         unsigned left = 0;
-        while (!done || value != 0) boxes.box->receive(done ? 0 : 1, value, left);
+        while (value != kLast) boxes.box->receive(0xFFFFFFFF, value, left);
       });
 }
 BENCHMARK(coalesceOurs)->Name("coalesce/ours")->Arg(1)->Arg(3)->UseManualTime()->Iterations(5);
@@ -238,21 +242,23 @@ void pingPongOurs(benchmark::State& state) {
 }
 BENCHMARK(pingPongOurs)->Name("pingPong/ours")->UseRealTime();
 
-// std::atomic waits on a bare futex word in this C library; its spinning is what it is.
-void pingPongAtomic(benchmark::State& state) {
-  std::atomic<int> words[2] = {0, 0};
+// Bare futex words, as the kernel has them.
+void pingPongFutex(benchmark::State& state) {
+  std::atomic<std::uint32_t> words[2] = {0, 0};
+  const auto futex = [](std::atomic<std::uint32_t>& word, int operation, std::uint32_t value) {
+    syscall(SYS_futex, &word, operation, value, nullptr, nullptr, 0);
+  };
   pingPong(
       state,
       [&](int side) {
-        words[side].wait(0);
-        words[side] = 0;
+        while (words[side].exchange(0) == 0) futex(words[side], FUTEX_WAIT_PRIVATE, 0);
       },
       [&](int side) {
         words[side] = 1;
-        words[side].notify_one();
+        futex(words[side], FUTEX_WAKE_PRIVATE, 1);
       });
 }
-BENCHMARK(pingPongAtomic)->Name("pingPong/atomic")->UseRealTime();
+BENCHMARK(pingPongFutex)->Name("pingPong/futex")->UseRealTime();
 
 void pingPongDeque(benchmark::State& state) {
   LockedDeque queues[2];

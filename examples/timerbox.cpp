@@ -1,5 +1,5 @@
-// The smallest useful event box: work arrives at once from another thread, a timer ends the wait
-// for more. Exits with 1 when anything goes another way.
+// The smallest useful event box: another thread sends work and starts a timer, which ends the wait
+// for more work. Exits with 1 when anything goes another way.
 #include "sys/boxes.h"
 
 #include <cstdio>
@@ -19,8 +19,10 @@ int main() {
     return 1;
   }
 
-  std::thread sender([work] { work->dispatchMultiple(3); });
-  timer->start(100, kTimeUp, 1);
+  std::thread sender([work, timer] {
+    work->dispatchMultiple(3);
+    timer->start(100, kTimeUp, 1);
+  });
   unsigned units = 0;
   for (unsigned value = 0, left = 0; value != kTimeUp;) {
     box->receive(kNoLimit, value, left);

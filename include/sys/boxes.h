@@ -171,7 +171,9 @@ class NOMUTIL_API BoxCommon {
   virtual ~BoxCommon();
 
   // The memo operations. A memo of the wrong usage is reported as a broken contract, and the
-  // operation done all the same; a memo of another box is left to that box. Any thread may call.
+  // operation done all the same; but nothing is done to one that no box allocated, or, in a
+  // completion-port box, that is free. A memo of another box is left to that box, which must not be
+  // null. Any thread may call.
 
   // Queues the memo, or counts one more signal on one that is queued. One that waits in the
   // calendar is taken out first.
@@ -182,7 +184,8 @@ class NOMUTIL_API BoxCommon {
   // takes all that came together.
   virtual void memoUpdateDispatch(Memo* memo, unsigned value, unsigned priority, bool separate);
 
-  // As memoDispatch, with count signals. 0 takes one signal away, modulo 2^32.
+  // As memoDispatch, with count signals. 0 takes one signal away, modulo 2^32; a queued memo that
+  // then has none is received once all the same, and has none left.
   virtual void memoDispatchMultiple(Memo* memo, unsigned count);
 
   // As memoUpdateDispatch, with count signals that are received separately.
@@ -225,10 +228,6 @@ class NOMUTIL_API BoxCommon {
   void _remember(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _forget(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
 
-  // Enters a memo that no box allocated in the books, so that it is withdrawn with the others when
-  // the box ends; it is never freed.
-  void _adopt(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
-
   // Takes a memo of this box from queue, calendar or wheel, wherever it waits.
   void _withdraw(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
 
@@ -255,8 +254,6 @@ class NOMUTIL_API BoxCommon {
   BoxLinkage _link NOMOS_GUARDED_BY(nomutil::boxes::changeLock);  // the manager's boxes
   Memo* _memos NOMOS_GUARDED_BY(nomutil::boxes::changeLock);      // the newest of all memos
   std::uint32_t _memoCount NOMOS_GUARDED_BY(nomutil::boxes::changeLock);
-  // An event that was signalled under the lock and whose waiters are still to be woken, or null.
-  Event* _toWake NOMOS_GUARDED_BY(nomutil::boxes::changeLock) = nullptr;
 };
 
 // A mailbox with a queue of its own. Boxes are made and destroyed by their manager.
@@ -301,6 +298,7 @@ class NOMUTIL_API Box : public BoxCommon {
  private:
   friend class BoxCommon;
   friend class BoxManager;
+  friend class Memo;
   friend struct nomutil::boxes::BoxesAccess;
 
   void _enter(Memo* memo) override NOMOS_REQUIRES(nomutil::boxes::changeLock);
@@ -308,10 +306,11 @@ class NOMUTIL_API Box : public BoxCommon {
 
   nomutil::boxes::MemoQueue _queue() NOMOS_REQUIRES(nomutil::boxes::changeLock);
   int _allocate(Memo*& memo, MemoUsage usage, unsigned value, unsigned priority, bool separate);
-  void _requireMemo(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
-  void _requireTimer(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
+  static bool _isMemo(const Memo* memo);
+  static bool _isTimer(const Memo* memo);
   // Gives the lock back, then wakes who waits for the box: they would want the lock at once.
   void _dropAndWake() NOMOS_RELEASE(nomutil::boxes::changeLock);
+  void _wake() NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _remove(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _update(Memo* memo, std::uint32_t signals) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _memoUpdate(Memo* memo, unsigned value, unsigned priority, bool separate)
@@ -330,6 +329,8 @@ class NOMUTIL_API Box : public BoxCommon {
   ThreadMutex _receiveLock NOMOS_ACQUIRED_BEFORE(nomutil::boxes::changeLock){"receiveLock"};
   Event _arrival{true};      // manual reset: signalled while the queue is not empty
   bool _serialised = false;  // receivers take _receiveLock; does not change once allocated
+  // _arrival was signalled under the lock, and who waits is still to be woken.
+  bool _wakes NOMOS_GUARDED_BY(nomutil::boxes::changeLock) = false;
   nomutil::boxes::QueueMarks _marks NOMOS_GUARDED_BY(nomutil::boxes::changeLock);
 };
 
@@ -343,6 +344,9 @@ class NOMUTIL_API BoxIOCP : public BoxCommon {
   static constexpr std::uint32_t MaxFreeLimit = 1000;
 
   BoxIOCP(BoxManager* manager, NosCompletionPort port);
+
+  // A copy shares the memos and the free list: it may post, but neither allocate nor be cleaned up,
+  // and nobody may be using the original meanwhile. (A Box, with its lock and event, has no copy.)
   BoxIOCP(const BoxIOCP& other);
   BoxIOCP& operator=(const BoxIOCP& other);
   ~BoxIOCP() override;
@@ -397,7 +401,7 @@ class NOMUTIL_API BoxIOCP : public BoxCommon {
       NOMOS_REQUIRES(nomutil::boxes::changeLock);
   Memo* _reuse() NOMOS_REQUIRES(nomutil::boxes::changeLock);
   Memo* _recycle(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
-  bool _isInUse(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
+  bool _isInUse(const Memo* memo) const NOMOS_REQUIRES(nomutil::boxes::changeLock);
   bool _isOwn(const Memo* memo) const;
 
   NosCompletionPort _port;
@@ -419,10 +423,10 @@ class NOMUTIL_API BoxManager {
   // manager or a box of it. A wheel that fell behind is logged.
   ~BoxManager();
 
-  // Makes the calendar, the wheel if timers are wanted, and the box thread. To be called once, by
-  // the thread that constructed the manager, before anything else. 0; 3018 when memory runs out;
+  // Makes the calendar, the wheel if timers are wanted, and the box thread. To be called by the
+  // thread that constructed the manager, before anything else. 0; 3018 when memory runs out;
   // 3111, with a log line, when there is no thread. What was made stays after a failure, and a
-  // second call makes the rest.
+  // second call makes what is missing.
   int initialise(bool timers);
 
   // A new box of this manager. serialised: one thread receives at a time. boxDeallocate or the
@@ -485,11 +489,11 @@ class NOMUTIL_API BoxManager {
   static int _boxThreadJacket(void* manager);
   void _boxThread();
   void _moveDue() NOMOS_REQUIRES(nomutil::boxes::changeLock);
-  int _calendarInitialise();
+  int _calendarInitialise() NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _calendarEnter(Memo* memo, std::uint32_t delayMillis, std::int64_t now)
       NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _calendarRemove(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
-  int _timerInitialise();
+  int _timerInitialise() NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _timerArm(Memo* memo, std::int64_t now) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _timerDisarm(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _timerTickAgain(std::optional<std::uint32_t> delayMillis, std::int64_t now)

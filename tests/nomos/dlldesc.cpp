@@ -108,6 +108,11 @@ TEST_F(Library, IsLookedForWhereTheConfigurationSays) {
     EXPECT_EQ(lookUp(library), expected) << lines;
     EXPECT_EQ(library.isLoaded(), expected == 0) << lines;
   }
+  for (const std::string& lines : {"counter=" + folder, "Directory=" + folder + "\nzlib1="}) {
+    configure(lines);
+    DllDesc library("zlib1");
+    EXPECT_EQ(lookUp(library, "zlibVersion"), 0u) << "the system's own, with " << lines;
+  }
 }
 
 TEST_F(Library, ThatIsMissingOrDamagedSetsTheLastError) {

@@ -98,7 +98,7 @@ void Life::perform(const Operation& operation) {
       boxes[subject]->receive(a, value, count);
       break;
   }
-  model.returns(value, count);
+  model.returns(value, count, locus);
   simulation.note("had " + std::to_string(value) + ' ' + std::to_string(count));
 }
 
@@ -159,7 +159,7 @@ Scenario randomScenario(std::uint32_t seed) {
       const unsigned value = 1 + below(1000);
       switch (operation.kind) {
         case Kind::DispatchMultiple:
-          operation.a = 1 + below(3);
+          operation.a = below(4);
           break;
         case Kind::Schedule:
           operation.a = delay();
@@ -183,7 +183,7 @@ Scenario randomScenario(std::uint32_t seed) {
         default:
           operation.a = value;
           operation.b = priority;
-          operation.c = operation.kind == Kind::UpdateDispatchMultiple ? 1 + below(3) : below(2);
+          operation.c = operation.kind == Kind::UpdateDispatchMultiple ? below(4) : below(2);
       }
       operations.push_back(operation);
     }

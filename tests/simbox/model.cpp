@@ -44,13 +44,17 @@ void Model::enters(const Operation& operation) {
   _running[_simulation->current()] = running;
 }
 
-void Model::returns(unsigned value, unsigned signalCount) {
+void Model::returns(unsigned value, unsigned signalCount, MemoLocus locus) {
   const Running running = _running[_simulation->current()];
   _running.erase(_simulation->current());
   if (running.operation.kind == Kind::Receive) {
     checkReceived(running, value, signalCount);
   } else {
     expect(running.isDone, "an operation took no lock");
+    const bool isState = running.operation.kind == Kind::GetState;
+    expect(!isState || locus == running.locus, "getState gave another place");
+    expect(!isState || locus != ML_Box || signalCount == running.signalCount,
+           "getState gave other signals");
   }
 }
 
@@ -121,6 +125,10 @@ void Model::apply(Running& running) {
       _calendar.insert(later, memo);
       break;
     }
+    case Kind::GetState:
+      running.locus = entry.locus;
+      running.signalCount = entry.signals;
+      break;
     case Kind::Cancel:
       entry.signals = 0;
       break;
@@ -187,22 +195,35 @@ void Model::receive(Running& running) {
   running.signalCount = signalsOf(running.operation.subject);
 }
 
-// What is in a queue now and was in calendar or wheel has been moved; its place is the real one.
+// What is in a queue now and was in calendar or wheel has been moved: what was scheduled in the
+// calendar's order. Timers come between in an order that only the wheel knows: where one came, the
+// queue is taken as it is, but what was queued before keeps its order.
 void Model::judgeBoxThread() {
   const OnlyThread only;
   constexpr std::int64_t kSure = 20'000;  // farther behind, slots of the wheel are not unique
   const std::int64_t now = clock();
   const bool isSure = now - static_cast<std::int64_t>(Inside::slotTime(*_manager)) <= kSure;
+  std::vector<bool> movedTimer(_boxes.size());
   for (Entry& entry : _memos) {
     if (Inside::locus(*entry.memo) != ML_Box || entry.locus == ML_Box) continue;
     expect(entry.locus == ML_Wheel || entry.locus == ML_Calendar, "an idle memo was moved");
     expect(entry.due <= now || (entry.locus == ML_Wheel && !isSure), "a memo came too early");
     expect(entry.due == now || !_isPunctual, "a memo came too late");
-    std::erase(_calendar, numberOf(entry.memo));
+    if (entry.locus == ML_Wheel) movedTimer[entry.box] = true;
+  }
+  for (const unsigned memo : std::vector<unsigned>(_calendar)) {
+    const Entry& entry = _memos[memo];
+    if (Inside::locus(*entry.memo) != ML_Box) continue;
+    withdraw(memo);
+    if (!movedTimer[entry.box]) enter(memo);
+  }
+  for (Entry& entry : _memos) {
+    if (Inside::locus(*entry.memo) != ML_Box || entry.locus == ML_Box) continue;
     entry.locus = ML_Box;
     if (entry.signals == 0) entry.signals = 1;
   }
   for (unsigned box = 0; box < _boxes.size(); ++box) {
+    if (!movedTimer[box]) continue;
     std::vector<unsigned> queue = queueOf(*_boxes[box]);
     std::vector<unsigned> before;
     for (const unsigned memo : queue) {

@@ -55,7 +55,7 @@ class Model : public nomos::simulated::Observer {
 
   // Around each operation of the fiber that runs.
   void enters(const Operation& operation);
-  void returns(unsigned value, unsigned signalCount);
+  void returns(unsigned value, unsigned signalCount, MemoLocus locus);
 
   // Nothing waits in calendar or wheel.
   void checkQuiet();
@@ -79,7 +79,8 @@ class Model : public nomos::simulated::Observer {
     unsigned removals = 0;   // of the box of a receive, then
     std::int64_t now = 0;    // its clock when it took the lock
     bool isDone = false;
-    unsigned value = 0, signalCount = 0;  // what a receive is to give
+    unsigned value = 0, signalCount = 0;  // what a receive is to give, or a state
+    MemoLocus locus = ML_None;
   };
 
   void apply(Running& running);

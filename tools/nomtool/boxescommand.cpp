@@ -14,6 +14,7 @@
 #include <chrono>
 #include <memory>
 #include <random>
+#include <stop_token>
 #include <thread>
 #include <vector>
 
@@ -132,11 +133,11 @@ void Station::receive(Nanos origin) {
 
 // Dispatches to all stations in turn until the time is over; the number of events.
 std::uint64_t produce(std::vector<std::unique_ptr<Station>>& stations, unsigned producer,
-                      const std::atomic<bool>& ends) {
+                      const std::stop_token& ends) {
   constexpr Nanos kProbeEvery = 1'000'000;
   std::uint64_t events = 0;
   Nanos nextProbe = 0;
-  while (!ends.load(std::memory_order_relaxed)) {
+  while (!ends.stop_requested()) {
     for (int round = 0; round < 64; ++round) {
       for (const auto& station : stations) station->send(producer);
     }
@@ -148,6 +149,14 @@ std::uint64_t produce(std::vector<std::unique_ptr<Station>>& stations, unsigned 
   }
   return events;
 }
+
+// Ends the receivers with its scope.
+struct Stop {
+  ~Stop() {
+    for (const auto& station : stations) station->stop();
+  }
+  const std::vector<std::unique_ptr<Station>>& stations;
+};
 
 }  // namespace
 
@@ -168,22 +177,21 @@ int boxesCommand(const BoxesOptions& options, std::ostream& out, std::ostream& e
   const Nanos origin = originOfRelativeTime();
   const Nanos begin = clockNanos();
   {
-    std::vector<std::jthread> receivers;
+    std::vector<std::jthread> threads;
+    const Stop stop{stations};  // also when a thread cannot be made
     for (const auto& station : stations) {
-      receivers.emplace_back([&station, origin] { station->receive(origin); });
+      threads.emplace_back([&station, origin] { station->receive(origin); });
     }
-    std::atomic<bool> ends{false};
     std::atomic<std::uint64_t> events{0};
     {
       std::vector<std::jthread> producers;
       for (unsigned i = 0; i < options.producers; ++i) {
-        producers.emplace_back([&, i] { events += produce(stations, i, ends); });
+        producers.emplace_back(
+            [&, i](const std::stop_token& token) { events += produce(stations, i, token); });
       }
       std::this_thread::sleep_for(std::chrono::duration<double>(options.seconds));
-      ends = true;
     }
     figures.events = events;
-    for (const auto& station : stations) station->stop();
   }
   figures.seconds = static_cast<double>(clockNanos() - begin) / 1e9;
   for (const auto& station : stations) {

@@ -37,10 +37,10 @@ class NOMOS_API Event {
   void set() noexcept;
 
   // set in two steps, for who sets under a lock that the released will want at once: signal says
-  // whether somebody has to be woken, which wake does when the lock has been given back. The event
-  // must exist until wake has returned.
+  // whether somebody has to be woken, which wakeAll does when the lock has been given back. Nothing
+  // of the event is read then: who was released meanwhile may have destroyed it.
   [[nodiscard]] bool signal() noexcept;
-  void wake() noexcept;
+  static void wakeAll(const Event* event) noexcept;
 
   // Takes back a signal that nobody has been given.
   void reset() noexcept;

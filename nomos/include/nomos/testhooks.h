@@ -49,9 +49,9 @@ NOMOS_API void nosSetRelativeClock(NosRelativeClock clock) noexcept;
 using NosThreadHook = bool (*)(void* context, const char* name);
 NOMOS_API void nosSetThreadHook(NosThreadHook hook, void* context);
 
-// While a name is set, each DllDesc of that library (of any, for getMethod of that entry) behaves
-// like one whose file lacks it, loaded or not. The name is copied, at most 49 characters; null ends
-// it.
+// While a library is denied, each DllDesc of that name behaves as if there were no file, even one
+// that has loaded it; while an entry is denied, no library has it. Addresses that were found before
+// stay good. The name is copied, at most 49 characters; null ends the denial.
 NOMOS_API void nosDenyLibrary(const char* name) noexcept;
 NOMOS_API void nosDenyEntry(const char* name) noexcept;
 

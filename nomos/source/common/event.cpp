@@ -97,8 +97,8 @@ bool Event::signal() noexcept {
   return manualReset || wordOf(state) < waitersOf(state);
 }
 
-void Event::wake() noexcept {
-  _manualReset ? platform::wakeAll(_state) : platform::wakeOne(_state);
+void Event::wakeAll(const Event* event) noexcept {
+  platform::wakeAll(event->_state);
 }
 
 void Event::set() noexcept {

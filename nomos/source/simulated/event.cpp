@@ -46,12 +46,12 @@ bool Event::signal() noexcept {
   return true;
 }
 
-void Event::wake() noexcept {
-  if (Simulation* const simulation = Simulation::running()) simulation->wake(this);
+void Event::wakeAll(const Event* event) noexcept {
+  if (Simulation* const simulation = Simulation::running()) simulation->wake(event);
 }
 
 void Event::set() noexcept {
-  if (signal()) wake();
+  if (signal()) wakeAll(this);
 }
 
 void Event::reset() noexcept {

@@ -67,45 +67,49 @@ void Box::timerDeallocate(Memo*& memo) {
   _release(memo);
 }
 
-// A broken contract is reported, and the operation done.
-void Box::_requireMemo(Memo* memo) {
-  if (memo->_usage == MU_Memo) return;
+// A broken contract is reported, and the operation done; but a memo that no box allocated is left
+// alone, since its maker may end it where a box still holds it.
+bool Box::_isMemo(const Memo* memo) {
+  if (memo->_usage == MU_Memo) return true;
   NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Memo);
-  _adopt(memo);
+  return memo->_usage == MU_Timer;
 }
 
-void Box::_requireTimer(Memo* memo) {
-  if (memo->_usage == MU_Timer) return;
+bool Box::_isTimer(const Memo* memo) {
+  if (memo->_usage == MU_Timer) return true;
   NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Timer);
-  _adopt(memo);
+  return memo->_usage == MU_Memo;
 }
 
 void Box::memoDispatch(Memo* memo) {
   if (memo->_box != this) return memo->dispatch();
   _grabChangeLock();
-  _requireMemo(memo);
-  if (memo->_locus != ML_Box) _withdraw(memo);
-  _enter(memo);
+  if (_isMemo(memo)) {
+    if (memo->_locus != ML_Box) _withdraw(memo);
+    _enter(memo);
+  }
   _dropAndWake();
 }
 
 void Box::memoUpdateDispatch(Memo* memo, unsigned value, unsigned priority, bool separate) {
   if (memo->_box != this) return memo->updateDispatch(value, priority, separate);
   _grabChangeLock();
-  _requireMemo(memo);
-  _withdraw(memo);
-  _memoUpdate(memo, value, priority, separate);
-  _enter(memo);
+  if (_isMemo(memo)) {
+    _withdraw(memo);
+    _memoUpdate(memo, value, priority, separate);
+    _enter(memo);
+  }
   _dropAndWake();
 }
 
 void Box::memoDispatchMultiple(Memo* memo, unsigned count) {
   if (memo->_box != this) return memo->dispatchMultiple(count);
   _grabChangeLock();
-  _requireMemo(memo);
-  if (memo->_locus != ML_Box) _withdraw(memo);
-  _enter(memo);
-  _update(memo, count - 1);
+  if (_isMemo(memo)) {
+    if (memo->_locus != ML_Box) _withdraw(memo);
+    _enter(memo);
+    _update(memo, count - 1);
+  }
   _dropAndWake();
 }
 
@@ -113,11 +117,12 @@ void Box::memoUpdateDispatchMultiple(Memo* memo, unsigned value, unsigned priori
                                      unsigned count) {
   if (memo->_box != this) return memo->updateDispatchMultiple(value, priority, count);
   _grabChangeLock();
-  _requireMemo(memo);
-  _withdraw(memo);
-  _memoUpdate(memo, value, priority, true);
-  _enter(memo);
-  _update(memo, count - 1);
+  if (_isMemo(memo)) {
+    _withdraw(memo);
+    _memoUpdate(memo, value, priority, true);
+    _enter(memo);
+    _update(memo, count - 1);
+  }
   _dropAndWake();
 }
 
@@ -125,28 +130,31 @@ void Box::memoSchedule(Memo* memo, unsigned delayMillis) {
   if (memo->_box != this) return memo->schedule(delayMillis);
   const std::int64_t now = nosGetRelativeTime();
   _grabChangeLock();
-  _requireMemo(memo);
-  _withdraw(memo);
-  memo->_signals = 0;
-  _calendarEnter(memo, delayMillis, now);
+  if (_isMemo(memo)) {
+    _withdraw(memo);
+    memo->_signals = 0;
+    _calendarEnter(memo, delayMillis, now);
+  }
   _dropChangeLock();
 }
 
 void Box::memoCancel(Memo* memo) {
   if (memo->_box != this) return memo->cancel();
   _grabChangeLock();
-  _requireMemo(memo);
-  _withdraw(memo);
-  memo->_signals = 0;
+  if (_isMemo(memo)) {
+    _withdraw(memo);
+    memo->_signals = 0;
+  }
   _dropChangeLock();
 }
 
 void Box::memoUpdate(Memo* memo, unsigned value, unsigned priority, bool separate) {
   if (memo->_box != this) return memo->update(value, priority, separate);
   _grabChangeLock();
-  _requireMemo(memo);
-  _withdraw(memo);
-  _memoUpdate(memo, value, priority, separate);
+  if (_isMemo(memo)) {
+    _withdraw(memo);
+    _memoUpdate(memo, value, priority, separate);
+  }
   _dropChangeLock();
 }
 
@@ -154,21 +162,23 @@ void Box::timerStart(Memo* memo, unsigned intervalMillis, unsigned value, unsign
   if (memo->_box != this) return memo->start(intervalMillis, value, priority);
   const std::int64_t now = nosGetRelativeTime();
   _grabChangeLock();
-  _requireTimer(memo);
-  _withdraw(memo);
-  BoxManager::_nailPriority(priority);
-  memo->_content._value = value;
-  memo->_content._priority = priority;
-  boxes::TimerWheel::setLegs(memo, intervalMillis);
-  _manager->_timerArm(memo, now);
+  if (_isTimer(memo)) {
+    _withdraw(memo);
+    BoxManager::_nailPriority(priority);
+    memo->_content._value = value;
+    memo->_content._priority = priority;
+    boxes::TimerWheel::setLegs(memo, intervalMillis);
+    _manager->_timerArm(memo, now);
+  }
   _dropChangeLock();
 }
 
 void Box::timerStop(Memo* memo) {
   if (memo->_box != this) return memo->stop();
   _grabChangeLock();
-  _requireTimer(memo);
-  _withdraw(memo);
+  if (_isTimer(memo)) {
+    _withdraw(memo);
+  }
   _dropChangeLock();
 }
 
@@ -258,7 +268,7 @@ void Box::_enter(Memo* memo) {
   _queue().enter(memo);
   if (memo->_signals == 0) memo->_signals = 1;
   _count(memo->_signals);
-  if (_boxCount == 1 && _arrival.signal()) _toWake = &_arrival;
+  if (_boxCount == 1 && _arrival.signal()) _wakes = true;
 }
 
 void Box::_remove(Memo* memo) {
@@ -275,10 +285,15 @@ void Box::_remove(Memo* memo) {
   if (_boxCount == 0) _arrival.reset();
 }
 
+// Behind the lock nothing of the box is read: who received may have ended it.
 void Box::_dropAndWake() {
-  Event* const event = std::exchange(_toWake, nullptr);
+  const bool wakes = std::exchange(_wakes, false);
   _dropChangeLock();
-  if (event != nullptr) event->wake();
+  if (wakes) Event::wakeAll(&_arrival);
+}
+
+void Box::_wake() {
+  if (std::exchange(_wakes, false)) Event::wakeAll(&_arrival);
 }
 
 void Box::_cleanup() {

@@ -95,10 +95,6 @@ void BoxCommon::_forget(Memo* memo) {
   --_memoCount;
 }
 
-void BoxCommon::_adopt(Memo* memo) {
-  if (!_isRemembered(memo)) _remember(memo);
-}
-
 void BoxCommon::_withdraw(Memo* memo) {
   switch (memo->_locus) {
     case ML_Box:
@@ -118,6 +114,7 @@ void BoxCommon::_withdraw(Memo* memo) {
 void BoxCommon::_release(Memo*& memo) {
   Memo* const freed = std::exchange(memo, nullptr);
   BoxCommon* const box = freed->_box;
+  if (box == nullptr) return;  // no box allocated it
   box->_grabChangeLock();
   // A free memo is its box's to reuse; one that no box allocated is its maker's.
   const bool isFree = freed->_locus == ML_Free;
@@ -131,7 +128,7 @@ void BoxCommon::_releaseAll() {
   while (Memo* const memo = _memos) {
     _withdraw(memo);
     _forget(memo);
-    if (memo->_usage != MU_None) boxes::destroy(memo);
+    boxes::destroy(memo);
   }
 }
 

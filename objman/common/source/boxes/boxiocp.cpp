@@ -1,6 +1,6 @@
 // A box over a completion port. What it frees it keeps for a while: a free memo stays in the box's
 // books, marked ML_Free and chained by _linkA.next. An operation on a free memo is reported and not
-// done, since the next allocation gives that memo away.
+// done, since the next allocation gives that memo away; so is one on a memo that no box allocated.
 
 #include "memory.h"
 #include "source.h"
@@ -83,9 +83,9 @@ bool BoxIOCP::memoDeallocateIfScheduledOrIdle(Memo*& memo, MemoLocus& locus) {
     return own == nullptr || own->memoDeallocateIfScheduledOrIdle(memo, locus);
   }
   _grabChangeLock();
-  _isInUse(memo);
+  const bool isInUse = _isInUse(memo);
   locus = memo->_locus;
-  const bool isLeft = locus != ML_Calendar && locus != ML_Idle;
+  const bool isLeft = !isInUse || (locus != ML_Calendar && locus != ML_Idle);
   Memo* const freed = isLeft ? nullptr : _recycle(memo);
   _dropChangeLock();
   boxes::destroy(freed);
@@ -235,10 +235,6 @@ Memo* BoxIOCP::_reuse() {
 // destroyed without the lock.
 Memo* BoxIOCP::_recycle(Memo* memo) {
   _withdraw(memo);
-  if (memo->_usage == MU_None) {  // no box allocated it
-    _forget(memo);
-    return nullptr;
-  }
   memo->_locus = ML_Free;
   if (_freeCount >= _freeLimit) {
     _forget(memo);
@@ -254,10 +250,11 @@ void BoxIOCP::_memoUpdate(Memo* memo, NomULong bytes, std::uint64_t key, OVERLAP
   memo->_iocpBoxData = {bytes, key, overlapped};
 }
 
-bool BoxIOCP::_isInUse(Memo* memo) {
-  NOMUTIL_REQUIRE(boxes::kSource, memo->_usage == MU_Memo && memo->_locus != ML_Free);
-  if (memo->_usage == MU_None) _adopt(memo);
-  return memo->_locus != ML_Free;
+bool BoxIOCP::_isInUse(const Memo* memo) const {
+  const bool isInUse = memo->_usage == MU_Memo && memo->_locus != ML_Free;
+  NOMUTIL_REQUIRE_TEXT(boxes::kSource, isInUse,
+                       "memo->_usage == MU_Memo && memo->_locus != ML_Free");
+  return isInUse;
 }
 
 bool BoxIOCP::_isOwn(const Memo* memo) const {

@@ -23,8 +23,10 @@ BoxManager::BoxManager(const char* name) {
 }
 
 int BoxManager::initialise(bool timers) {
+  _grabChangeLock();
   int status = _calendarInitialise();
   if (status == 0 && timers) status = _timerInitialise();
+  _dropChangeLock();
   if (status != 0 || _thread) return status;
   char name[32];
   intlSnprintf(name, sizeof name, "BoxThread%s", _name);
@@ -162,7 +164,7 @@ void BoxManager::_moveDue() {
   }
 }
 
-int BoxManager::_calendarInitialise() NOMOS_NO_THREAD_SAFETY_ANALYSIS {
+int BoxManager::_calendarInitialise() {
   if (_calendarIndex == nullptr) _calendarIndex = boxes::create<boxes::CalendarIndex>();
   if (_calendarIndex == nullptr) return kDatabaseMemoryAllocationFailed;
   if (_calendar.end() != nullptr) return 0;
@@ -183,7 +185,7 @@ void BoxManager::_calendarRemove(Memo* memo) {
   _calendar.remove(memo, _calendarIndex);
 }
 
-int BoxManager::_timerInitialise() NOMOS_NO_THREAD_SAFETY_ANALYSIS {
+int BoxManager::_timerInitialise() {
   if (_hasTimers()) return 0;
   const auto make = [](Memo*& memo, MemoUsage usage) {
     if (memo == nullptr) memo = boxes::create<Memo>(nullptr);

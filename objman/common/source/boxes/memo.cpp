@@ -4,8 +4,6 @@
 
 #include "sys/boxes.h"
 
-#include <utility>
-
 static_assert(nomutil::boxes::BoxesAccess::packetLiesOverContent());
 
 Memo::Memo()
@@ -65,5 +63,5 @@ void Memo::getState(MemoLocus& locus, unsigned& remaining) {
 // By the box thread, which holds the lock for more than one memo.
 void Memo::_boxEnter() {
   _box->_enter(this);
-  if (Event* const event = std::exchange(_box->_toWake, nullptr)) event->wake();
+  if (_locus == ML_Box) static_cast<Box*>(_box)->_wake();  // only a Box has a queue
 }
