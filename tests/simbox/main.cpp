@@ -1,7 +1,7 @@
 // simbox lives thousands of lives of managers, boxes, memos and timers under schedules of its own
 // choice, in one thread and by a virtual clock, and checks every step against a plain model.
 //
-//   simbox                  10,000 random lives, and the small ones under every schedule; those
+//   simbox                  5,000 random lives, and the small ones under every schedule; those
 //                           that need the box thread with at most 2 preemptions
 //   simbox --seeds N        the random lives 1 to N
 //   simbox --seed N         life N alone, with its trace; the same every time
@@ -112,5 +112,5 @@ int main(int count, char** arguments) {
     return 0;
   }
   if (count == 3 && std::strcmp(arguments[1], "--seeds") == 0) return liveThemAll(number(), false);
-  return liveThemAll(10'000, true);
+  return liveThemAll(5'000, true);
 }

@@ -166,22 +166,32 @@ std::vector<unsigned> Simulation::runnable() {
   return fibers;
 }
 
-// Chooses who goes on, and goes on. Returns when this fiber is chosen again.
-void Simulation::goOn(bool canGoOn) {
+// Who goes on.
+unsigned Simulation::chooseNext(bool canGoOn) {
   std::vector<unsigned> fibers = runnable();
   if (fibers.empty()) {
     std::int64_t next = platform::kNever;
     for (const auto& fiber : _fibers) {
       if (!fiber->ended) next = std::min(next, fiber->deadline);
     }
-    if (next > kLongestLife) return _fail("a fiber waits for ever");
+    if (next > kLongestLife) {
+      _fail("a fiber waits for ever");
+      std::abort();
+    }
     _now = next;
     fibers = runnable();
   }
   const auto count = static_cast<unsigned>(fibers.size());
-  const unsigned chosen = count == 1 ? 0 : _chooser.choose(count, canGoOn);
-  if (count != 1) note("runs " + std::to_string(fibers[chosen]));
-  switchTo(fibers[chosen]);
+  if (count == 1) return fibers[0];
+  const unsigned chosen = fibers[_chooser.choose(count, canGoOn)];
+  note("runs " + std::to_string(chosen));
+  return chosen;
+}
+
+// Returns when this fiber is chosen again; never when it has ended, so that nothing that has to be
+// destroyed may lie on its stack.
+void Simulation::goOn(bool canGoOn) {
+  switchTo(chooseNext(canGoOn));
 }
 
 void Simulation::step(const char* what) {

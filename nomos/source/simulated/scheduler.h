@@ -90,6 +90,7 @@ class Simulation {
   void leave();
   void switchTo(unsigned fiber);
   std::vector<unsigned> runnable();
+  unsigned chooseNext(bool canGoOn);
   void goOn(bool canGoOn);
 
   Chooser& _chooser;

@@ -67,7 +67,10 @@ int BoxIOCP::memoAllocate(Memo*& memo, NomULong bytes, std::uint64_t key, OVERLA
 
 void BoxIOCP::memoDeallocate(Memo*& memo) {
   if (memo == nullptr) return;
-  if (!_isOwn(memo)) return _release(memo);
+  if (!_isOwn(memo)) {
+    BoxIOCP* const own = ownerOf(memo->_box);
+    return own != nullptr ? own->memoDeallocate(memo) : _release(memo);
+  }
   _grabChangeLock();
   Memo* const freed = _isInUse(memo) ? _recycle(memo) : nullptr;
   _dropChangeLock();
@@ -257,7 +260,10 @@ bool BoxIOCP::_isInUse(const Memo* memo) const {
   return isInUse;
 }
 
+// Where a memo of another box is, only that box's lock tells: its usage alone is looked at.
 bool BoxIOCP::_isOwn(const Memo* memo) const {
+  NOMUTIL_REQUIRE_TEXT(boxes::kSource, memo->_box == this || memo->_usage == MU_Memo,
+                       "memo->_usage == MU_Memo && memo->_locus != ML_Free");
   NOMUTIL_REQUIRE_TEXT(boxes::kSource, memo->_box == this, "(void*)memo->_box == (void*)this");
   return memo->_box == this;
 }
