@@ -70,8 +70,8 @@ TEST(OidFormatter, ShowsWorkedCases) {
 }
 
 // The styles by the widths of their numbers. style: 0 general, 1 newer, 2 older, 3 separated.
-std::string modelText(const OidFormatter& flags, int style, std::string dot, const DskObjectId& oid,
-                      std::size_t room = 79) {
+std::string modelText(const OidFormatter& flags, int style, const char* separator,
+                      const DskObjectId& oid, std::size_t room = 79) {
   const std::size_t styles[][7] = {
       {1, 1, 1, 1, 1, 1, 1}, {7, 20, 7, 7, 3, 5, 10}, {5, 10, 3, 5, 3, 3, 10}};
   const std::size_t* const widths = styles[style == 3 ? 1 : style];
@@ -81,7 +81,7 @@ std::string modelText(const OidFormatter& flags, int style, std::string dot, con
   };
   const std::uint32_t classId = oid.classId.number(), parent = oid.parentClassId.number();
   const std::uint32_t mask = flags.lifetimeBits ? 0x3FFFFF : 0xFFFFFF;
-  if (style != 3) dot = ".";
+  const std::string dot = style != 3 ? "." : separator != nullptr ? separator : "";
   std::string text = padded(0, classId & mask) + dot + padded(1, oid.instanceId);
   if (flags.alwaysFull || (parent != 0 && oid.level != 0)) {
     text +=
@@ -103,7 +103,7 @@ std::string modelText(const OidFormatter& flags, int style, std::string dot, con
 
 TEST(OidFormatter, PrintsTheNumbersOfItsStyle) {
   std::mt19937_64 random(20);
-  const char* const separators[] = {"/", "", "::", "a separator of 24 letters"};
+  const char* const separators[] = {"/", nullptr, "", "::", "a separator of 24 letters"};
   // 0, the largest, a power of ten or its neighbour, or any of any length.
   const auto number = [&](unsigned bits) {
     const std::uint64_t largest = ~std::uint64_t{0} >> (64 - bits);
@@ -117,7 +117,7 @@ TEST(OidFormatter, PrintsTheNumbersOfItsStyle) {
     const DskObjectId oid =
         oidOf({number(64), number(24), number(8), number(24), number(8), number(16), number(32)});
     const int style = i % 4;
-    const char* const separator = separators[random() % 4];
+    const char* const separator = separators[random() % 5];
     OidFormatter plain;
     RelationalDbOidFormatter padded(static_cast<RelationalDbOidFormatter::KoraVersion>(style & 1));
     Custom_Separator_Relational_OID_Formatter separated(separator);
@@ -157,6 +157,30 @@ TEST(OidFormatter, PrintsTheNumbersOfItsStyle) {
   }
 }
 
+// The other formatter differs in all that is copied.
+template <class Formatter>
+void expectCopies(Formatter original, Formatter other, const char* text) {
+  const DskObjectId oid = oidOf({1, 2, 0, 3, 0, 0, 0});
+  original.lifetimeBits = original.brackets = original.showEdition = false;
+  original.longLifetimeNames = original.alwaysFull = true;
+  original.formatOid(oid);
+  const Formatter copy(original);
+  other = copy;
+  EXPECT_STREQ(other.getBuffer(), text);
+  EXPECT_EQ(other.getLength(), std::strlen(text));
+  EXPECT_TRUE(!other.lifetimeBits && !other.brackets && !other.showEdition);
+  EXPECT_TRUE(other.longLifetimeNames && other.alwaysFull);
+  EXPECT_STREQ(other.formatOid(oid), text);
+}
+TEST(OidFormatter, CopiesItsTextFlagsAndStyle) {
+  using Relational = RelationalDbOidFormatter;
+  using Separated = Custom_Separator_Relational_OID_Formatter;
+  expectCopies(OidFormatter(), OidFormatter(), "2.1.3.0.0");
+  expectCopies(Relational(Relational::kOlderLayout), Relational(Relational::kNewerLayout),
+               "00002.0000000001.00003.000.000");
+  expectCopies(Separated("-"), Separated("+"), "0000002-00000000000000000001-0000003-000-00000");
+}
+
 TEST(OidFormatter, AsksTheClassThatIsDerivedFromIt) {
   struct Instance : RelationalDbOidFormatter {
     Instance() : RelationalDbOidFormatter(kNewerLayout) {}
@@ -180,6 +204,7 @@ TEST(DskHandleFormatter, ShowsTagsAsLettersOnlyInUpperCase) {
   const std::pair<DskHandle, std::string> cases[] = {
       {{0x1234567800000000, 0, 0, {'Q', 'q', 0}, 0}, "0-0-0-Q7100"},
       {{0xFFFFFFFFFFFFFFFF, 65535, 65535, {'A', 'Z', '@'}, 0}, "FFFFFFFF-65535-65535-AZ40"},
+      {{0x1F, 3, 4, {'Q', 'W', 0}, 0}, "1F-3-4-QW00"},
       {{0xABC, 1, 20, {'[', 0xC4, 0xFF}, 0}, "ABC-1-20-5BC4FF"}};
   for (const auto& [handle, text] : cases) {
     DskHandleFormatter formatter;

@@ -151,6 +151,15 @@ TEST(KoraUtf8String, CountsWhatNobodyCountedAndThroughChanges) {
   copy = std::move(string);
   EXPECT_EQ(copy.characters(), 6u);
   EXPECT_EQ(string.characters(), 0u);
+  // Memory of a caller cannot be taken over, so that a move copies, and may fail.
+  std::uint32_t memory[8];
+  string.useMemory(memory, sizeof memory);
+  string.append(copy.data(), copy.length(), 6);
+  nosFailAllocation(1);
+  EXPECT_EQ(thrownBy([&] { KoraUtf8String(std::move(string)); }), 1448);
+  nosFailAllocation(0);
+  EXPECT_EQ(textOf(string), textOf(copy));
+  EXPECT_EQ(string.characters(), 6u);
 }
 
 }  // namespace

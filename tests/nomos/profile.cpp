@@ -60,7 +60,7 @@ TEST_F(Profile, ReadsEveryFormOfAValue) {
       key=C:\Data\x;y/ C:\Data\x;y               key=text_;_not_this/ text
       key=;_comment/ -            key=_;comment/ -                 key="_a_;_b"/ _a
       key='_a'_;_b/ _a            ;key=1/ none   #key=1/ none      #_k=no_comment:_[x]/key=1 1
-      key:ends=1/ none            key=first/key=second/ first      [Second_part]/key=1/ none
+      key:ends=1/ none            key=first/key=second/ first      [Second_part]/key=1/[FIRST]/key=2/ none
       k=1/[Second_part]/key=1/[FIRST]/key=2/ none)");
   // Words, so that blanks stand wherever a reader might cut the line.
   std::string words;

@@ -3,6 +3,8 @@
 
 #include "exactparam.h"
 
+#include <utility>
+
 using namespace nomtest;
 
 namespace {
@@ -14,6 +16,7 @@ using ParamToString = Checked;
 std::string equality(const DskParam* left, const DskParam* right) {
   bool equal = true;
   const int status = paramsAreEqual(left, right, &equal);
+  EXPECT_FALSE(status != 0 && equal);
   return status != 0 ? std::to_string(status) : equal ? "equal" : "no";
 }
 std::string bothWays(const DskParam* left, const DskParam* right) {
@@ -80,10 +83,12 @@ TEST_F(ParamsAreEqual, OtherFormatsAreOtherValuesButForNumbersAndDates) {
 
 TEST_F(ParamsAreEqual, OtherFormatsAreRefused) {
   for (const unsigned format : {0u, 5u, 15u, 24u, 36u, 48u, 58u}) {
-    EXPECT_EQ(equality(Param(format), Param(36)), "1000");
-    EXPECT_EQ(lines(), "paramsAreEqual: invalid parameter type (" + std::to_string(format) + ")\n");
+    EXPECT_EQ(bothWays(Param(format), Param(36)), "1000");
+    const std::string line =
+        "paramsAreEqual: invalid parameter type (" + std::to_string(format) + ")\n";
+    EXPECT_EQ(lines(), line + line);
   }
-  EXPECT_EQ(equality(nullptr, Param(36)), "1000");
+  EXPECT_EQ(bothWays(nullptr, Param(36)), "1000");
 }
 
 // The family by a letter, the formats and values of both sides, the status and the log line.
@@ -111,12 +116,17 @@ TEST_F(FamilyEquality, RefusesTheLeftSideAndNotTheRight) {
 }
 
 TEST(ParamsAreCompatible, WithinAFamilyAndWithWhatIsOpen) {
+  bool compatible = true;
+  EXPECT_EQ(paramsAreCompatible(nullptr, Param(36), &compatible), 1000);
+  EXPECT_FALSE(std::exchange(compatible, true));
+  EXPECT_EQ(paramsAreCompatible(Param(36), nullptr, &compatible), 1000);
+  EXPECT_FALSE(compatible);
   for (unsigned pair = 0; pair < 61 * 61; ++pair) {
     const unsigned left = pair / 61, right = pair % 61;
     const bool isKin = tooLongOf(left) != 0 && tooLongOf(left) == tooLongOf(right);
     const bool expected =
         isKin || left == right || isAmong(left, {5, 36}) || isAmong(right, {5, 36});
-    bool compatible = !expected;
+    compatible = !expected;
     EXPECT_EQ(paramsAreCompatible(Param(left), Param(right), &compatible), 0);
     EXPECT_EQ(compatible, expected) << left << " " << right;
   }
@@ -133,17 +143,32 @@ std::string render(const DskParam* parameter, std::uint32_t size) {
   return word;
 }
 
+// Every smaller buffer takes the beginning of a value; the cuts of texts have a test of their own.
+// A decimal, 12.345 here, is '*' throughout where its integer part or its places do not fit.
 TEST_F(ParamToString, ShowsEveryFormat) {
-  const auto check = [](const Row& row) { return render(Param(numberOf(row[0]), row[1]), 100); };
+  const auto check = [](const Row& row) {
+    const unsigned format = numberOf(row[0]);
+    const Param value(format, row[1]);
+    const std::string all = render(value, 100);
+    for (unsigned size = 0; tooLongOf(format) == 0 && size < all.size() + 4; ++size) {
+      std::string part = size < 2 || all == "-" ? "-" : all.substr(0, size - 1);
+      if (format == 19 && size < 4) std::fill(part.begin(), part.end(), size < 2 ? '-' : '*');
+      EXPECT_EQ(render(value, size), part) << format << " in " << size;
+    }
+    return all;
+  };
   expectRows(3, check, R"(
-      3 7|{8}8|{8}3||| [2048.7:3]    24 7|{8}8|| [2048.7]    44 4321^^^^9||| 0x01020304,9
-      4 =-1 -1    6 A A    7 2 true    7 | false    8 1|||2||^ 1,-469762046    52 ^ 228
+      3 7|{8}8|{8}3||| [2048.7:3]    24 7|{8}8|| [2048.7]    44 21||^^^^9||| 0x00000102,9
+      4 =-1 -1    6 A A    6 | -    7 2 true    7 | false    8 1|||2||^ 1,-469762046    52 ^ 228
       15 5|||6| (5.6)    45 1|||2|||3| 1_(2.3)    46 |{8}1|||2|3 (1.2.3)    49 5|||6| (5.6)
       16 =2440588 01_January_1970    17 =3600000 01:00:00    57 |{12} 00:00:00_+0000
       18 =15461882268040588 01_January_1970,_01:00:00        18 =-1 *invalid*
       53 =0 0:00:00:00.000           42 =-9223372036854775808 -9223372036854775808
-      19 =10.01 10.01    20 =0.5 0.5    21 =-0.5 -0.5    21 =1e20 10{20}
-      33 ^2 e4_02_       11 |^ 00_e4_   51 a^ 1002)");
+      19 =12.345 12.345  20 =0.1 0.1    21 =-0.5 -0.5    21 =1e20 10{20}
+      33 ^2 e4_02_       11 |^ 00_e4_   51 a^ 1002   14 _@5 -   34 _@5 -)");
+  EXPECT_EQ(render(nullptr, 9), "1000");
+  EXPECT_EQ(render(Param(19, "^"), 9), "0");
+  EXPECT_EQ(lines().substr(0, 29), "attempt to convert an invalid");
   // A block from its offset on.
   Param block(14, "abcdefgh");
   auto value = block->getValue<DskStringBlock>();

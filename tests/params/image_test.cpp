@@ -40,6 +40,22 @@ TEST_F(ParamAsBinary, LooksAtTheBytesOfTheSource) {
     EXPECT_EQ(image(Param(format, "abc")), "1000");
     EXPECT_EQ(lines(), refusal("paramAsBinary", format));
   }
+  const Param itself(51, "a~");
+  EXPECT_EQ(paramAsBinary(itself.asShort(), itself.asShort()), 0);
+  EXPECT_EQ(itself.word(), "a~");
+}
+
+TEST_F(ParamAsBinary, PassesTheStatusOfAHandlerOn) {
+  for (const unsigned format : {33u, 54u}) {
+    const Param held(format, "abcd"), target(4);
+    held->setValue<DskDataHandler>(watchingHandler);
+    for (const auto convert : {paramAsBinary, paramFromBinary}) {
+      callsUntilFailure = 1;
+      const bool isBinary = convert == paramAsBinary || format == 33;
+      EXPECT_EQ(convert(target.asShort(), held.asShort()), isBinary ? 77 : 1000);
+    }
+    callsUntilFailure = 0;
+  }
 }
 
 // Builds from a binary of each kind; the status, and where that is 0 the format and the held text
@@ -111,8 +127,10 @@ TEST_F(ParamFromBinary, BuildsTextsBehindTheHandler) {
 TEST_F(ParamNegateValue, NegatesNumbers) {
   const auto check = [](const Row& row) {
     const Param source(numberOf(row[0]), row[1]), target(0);
+    std::fill_n(reinterpret_cast<char*>(target.get()), 8, '~');
     EXPECT_EQ(paramNegateValue(target.asShort(), source.asShort()), 0);
     EXPECT_EQ(std::memcmp(target.get(), source.get(), 8), 0);
+    EXPECT_EQ(target.snapshot().substr(22, 18), std::string(18, '\xCC')) << "from the padding on";
     char text[64] = "";
     EXPECT_EQ(paramToString(target, text, sizeof text), 0);
     return std::signbit(target->getValue<float>()) && row[1] == "=nan" ? "-nan" : std::string(text);
@@ -125,10 +143,11 @@ TEST_F(ParamNegateValue, NegatesNumbers) {
 }
 
 TEST_F(ParamNegateValue, RefusesWhatHasNoNegativeAfterItsHeader) {
-  const Param target(4), invalid(19);
-  EXPECT_EQ(paramNegateValue(target.asShort(), Param(25, "ab").asShort()), 1000);
+  const Param target(4), invalid(19), text(25, "ab");
+  std::fill_n(reinterpret_cast<char*>(target.get()), 8, '~');
+  EXPECT_EQ(paramNegateValue(target.asShort(), text.asShort()), 1000);
   EXPECT_EQ(lines(), refusal("paramNegateValue", 25));
-  EXPECT_EQ(target.format(), 25u);
+  EXPECT_EQ(std::memcmp(target.get(), text.get(), 8), 0);
   target.asShort()->header.format = DSKINTEGER;
   invalid->setValue(DskDecimal{10, 24, {}, {}, {}});
   EXPECT_EQ(paramNegateValue(target.asShort(), invalid.asShort()), 1002);

@@ -6,6 +6,7 @@
 #include "sys/formatters.h"
 
 #include <cstdio>
+#include <utility>
 
 template <class Record>
 static std::string hexOf(const Record& record, std::size_t size = sizeof(Record)) {
@@ -36,5 +37,28 @@ TEST(StoredBytes, OfDatesAreThoseOfTheirPage) {
 TEST(StoredBytes, OfIdentifiersAreThoseOfTheirPage) {
   const DskObjectId oid = {17, {{0, 8, 0x40}}, 7, {{3, 0, 0}}, 4, 5, 3};
   EXPECT_EQ(hexOf(oid), "11 00 00 00 00 00 00 00 00 08 40 07 03 00 00 04 05 00 03 00 00 00");
-  EXPECT_STREQ(OidFormatter().formatOid(oid), "#7#[2048.17.3.4.5:3 (t)]");
+  OidFormatter general, longNames, whole, full;
+  RelationalDbOidFormatter newer(RelationalDbOidFormatter::kNewerLayout), edition(newer);
+  RelationalDbOidFormatter older(RelationalDbOidFormatter::kOlderLayout);
+  Custom_Separator_Relational_OID_Formatter separated("_");
+  longNames.longLifetimeNames = full.alwaysFull = edition.showEdition = true;
+  whole.lifetimeBits = false;
+  const std::pair<OidFormatter*, const char*> texts[] = {
+      {&general, "#7#[2048.17.3.4.5:3 (t)]"},
+      {&longNames, "#7#[2048.17.3.4.5:3 (transient)]"},
+      {&whole, "#7#[4196352.17.3.4.5:3]"},
+      {&newer, "#7#0002048.00000000000000000017.0000003.004.00005 (t)"},
+      {&older, "#7#02048.0000000017.00003.004.005 (t)"},
+      {&edition, "#7#0002048.00000000000000000017.0000003.004.00005:0000000003 (t)"},
+      {&separated, "#7#0002048_00000000000000000017_0000003_004_00005 (t)"}};
+  for (const auto& [formatter, text] : texts) EXPECT_STREQ(formatter->formatOid(oid), text);
+  OidKey key;
+  ShortDskObjectId instance;
+  std::memcpy(&key, &oid, sizeof key);
+  std::memcpy(&instance, &oid, sizeof instance);
+  EXPECT_STREQ(general.formatOid(key), "#7#[2048.17.3.4.5 (t)]");
+  EXPECT_STREQ(general.formatOid(instance), "#7#[2048.17 (t)]");
+  EXPECT_STREQ(full.formatOid(instance), "#7#[2048.17.0.0.0 (t)]");
+  const DskHandle handle = {0x1F, 3, 4, {'Q', 'W', 0}, 0};
+  EXPECT_EQ(hexOf(handle), "1F 00 00 00 00 00 00 00 03 00 04 00 51 57 00 00");
 }
