@@ -45,6 +45,14 @@ const Scenario kSmall[] = {
       {{Kind::Receive, 1, 20}, {Kind::Update, 3, 1, 1, 1}}}},
     {{{{Kind::Receive, 0, 10}, {Kind::Receive, 0, 10}},
       {{Kind::Dispatch, 0}, {Kind::Dispatch, 2}, {Kind::Receive, 0, 0}}}},
+    {{{{Kind::Dispatch, 1},
+       {Kind::DispatchMultiple, 3, 0},
+       {Kind::Receive, 1, 0},
+       {Kind::Cancel, 3}},
+      {{Kind::Receive, 1, 30},
+       {Kind::UpdateDispatch, 1, 5, 9, 1},
+       {Kind::Dispatch, 1},
+       {Kind::Receive, 1, 0}}}},
 };
 // A thread that waits without limit for what the other sends.
 constexpr unsigned kForEver = 0xFFFFFFFF;
