@@ -180,6 +180,18 @@ TEST(DecimalToString, RoundsAndPads) {
       10{90} 30 *{199}   1 4294967295 *{199})");
 }
 
+// Redundant limbs do not show: five limbs are too many for any of these values.
+TEST(DecimalToString, ShowsTheValueNotItsLimbs) {
+  const auto shown = [](const Row& row) {
+    char text[64];
+    const Decimal value(recordOf(row[0]));
+    return std::string(value.decimalToString(text, sizeof text, value.getScaleFactor()));
+  };
+  expectRows(2, shown, R"(
+      0A0200000000000000000500 0.05   0A03FFFFFFFFFFFFFFFFFFFF -0.001
+      0A000000000000000000EFBE 48879   0A080000000000000000EFBE 0.00048879)");
+}
+
 TEST(DecimalToString, FitsEverySizeFromNothing) {
   const auto bySize = [](const Row& row) {
     const std::string whole = render(row, 200);
@@ -209,6 +221,24 @@ TEST(DecimalFromString, ReadsAsFarAsTheNumberGoes) {
       007 7   00.5 0.5   12345678/ 12345678   1234567:8 1234567   9{100} 9{100}   9{101} 10{100}
       -9{101} -10{96}   9{100}abc 9{100}   -9{100}. -9{100}   0{98}12 12   -0{101} -10{96}
       .9{101} 0.9{100}   0.9{101} 0.9{100}   00.9{100} 0.9{98}   -1.9{100} -1.9{99})");
+}
+
+// Wherever the text lies, also right before the end of a page, what follows it does not count.
+TEST(DecimalFromString, EndsAtTheNulWhateverFollows) {
+  constexpr std::size_t kPage = 4096;
+  alignas(kPage) static char pages[2 * kPage];
+  for (const std::string text :
+       {"7", "-12.5", "1234567", "12345678", "-123456789012345.6789", "123456789012345.1234567",
+        "1234567890123456.4", "-12345678901234567890123.1234567", "1.12345678",
+        "0.1234567890123456", "123456789012345678901234.5"}) {
+    for (std::size_t start = kPage - 64; start <= kPage; ++start) {
+      for (const char filling : {'9', '.', '\xB0'}) {
+        std::memset(pages, filling, sizeof pages);
+        std::memcpy(pages + start, text.c_str(), text.size() + 1);
+        ASSERT_EQ(show(Decimal(pages + start)), text) << start;
+      }
+    }
+  }
 }
 
 }  // namespace

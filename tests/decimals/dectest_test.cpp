@@ -18,7 +18,7 @@
 #include <iterator>
 #include <map>
 #include <optional>
-#include <regex>
+#include <string>
 
 namespace {
 
@@ -28,13 +28,22 @@ constexpr const char* kDebianDirectory = "/usr/lib/python3.11/test/decimaltestda
 constexpr unsigned kMostDigits = 31;
 
 // Nothing for a token that is no number, or one of too many digits.
-std::optional<Decimal> parseNumber(const std::string& token) {
-  static const std::regex kSyntax("([+-]?)([0-9]*)[.]?([0-9]*)(?:e([+-]?[0-9]{1,3}))?");
-  std::smatch part;
-  if (token.size() > 2 * kMostDigits || !std::regex_match(token, part, kSyntax)) return {};
-  std::string digits = part[2].str() + part[3].str();
-  const int exponent = part[4].matched ? std::stoi(part[4]) : 0;
-  const int shift = exponent - static_cast<int>(part[3].length());
+std::optional<Decimal> parseNumber(std::string token) {
+  std::size_t at = token.starts_with('+') || token.starts_with('-') ? 1 : 0;
+  const std::string sign = token.substr(0, at);
+  const auto readDigits = [&] {
+    const std::size_t begin = at;
+    at = std::min(token.find_first_not_of("0123456789", begin), token.size());
+    return token.substr(begin, at - begin);
+  };
+  const std::string whole = readDigits();
+  if (token[at] == '.') ++at;
+  const std::string fraction = readDigits();
+  char* end = token.data() + at;
+  const long exponent = *end == 'e' ? std::strtol(end + 1, &end, 10) : 0;
+  if (*end != '\0' || token.size() > 2 * kMostDigits || std::labs(exponent) > 999) return {};
+  std::string digits = whole + fraction;
+  const int shift = static_cast<int>(exponent) - static_cast<int>(fraction.size());
   const auto places = static_cast<unsigned>(std::max(-shift, 0));
   if (digits.empty()) return {};
   digits.append(static_cast<unsigned>(std::max(shift, 0)), '0');
@@ -42,7 +51,7 @@ std::optional<Decimal> parseNumber(const std::string& token) {
   if (digits.size() <= places) digits.insert(0, places + 1 - digits.size(), '0');
   if (digits.size() > kMostDigits) return {};
   digits.insert(digits.size() - places, ".");
-  return nomtest::dec(part[1].str() + digits);
+  return nomtest::dec(sign + digits);
 }
 
 struct Operation {

@@ -20,13 +20,17 @@ struct Life {
   const std::function<void(bool)>& duty;
   const nomos::simulated::Failure& fail;
   Box* boxes[kBoxes] = {};
-  Memo* memos[kMemos + kTimers] = {};
+  BoxIOCP* portBox = nullptr;
+  CompletionPort port{};
+  Memo* memos[kAll] = {};
 
   void expect(bool condition, const char* what) const {
     if (!condition) fail(what);
   }
   void run();
   void open(BoxManager& manager);
+  void allocate(unsigned i);
+  unsigned receiveFromPort(unsigned timeout);
   void runThreads();
   void perform(const Operation& operation);
   static int runThread(void* thread);
@@ -37,6 +41,23 @@ struct ThreadArgument {
   const std::vector<Operation>* operations;
 };
 
+bool isSeparate(unsigned memo) {
+  return memo == 2 || memo == 3;
+}
+
+void Life::allocate(unsigned i) {
+  Box* const box = boxes[i % kBoxes];
+  int status = 0;
+  if (i >= kFirstPort) {
+    status = portBox->memoAllocate(memos[i], 0, i, nullptr);
+  } else if (i >= kMemos && i < kFirstOwn) {
+    status = box->timerAllocate(memos[i]);
+  } else {
+    status = box->memoAllocate(memos[i], 0, i < kMemos ? 1 : 0, isSeparate(i));
+  }
+  expect(status == 0, "no memo");
+}
+
 void Life::open(BoxManager& manager) {
   expect(manager.initialise(true) == 0, "no manager");
   for (unsigned i = 0; i < kBoxes; ++i) {
@@ -44,15 +65,13 @@ void Life::open(BoxManager& manager) {
   }
   constexpr unsigned kBoxThread = 1;  // the fiber that the manager has started
   model.begin(simulation, manager, {boxes, boxes + kBoxes}, kBoxThread);
-  for (unsigned i = 0; i < kMemos + kTimers; ++i) {
-    Box* const box = boxes[i % kBoxes];
-    const bool separate = i == 2 || i == 3;
-    model.end();  // what is being allocated is not in the model yet
-    expect((i < kMemos ? box->memoAllocate(memos[i], 0, 1, separate)
-                       : box->timerAllocate(memos[i])) == 0,
-           "no memo");
-    model.begin(simulation, manager, {boxes, boxes + kBoxes}, kBoxThread);
-    model.addMemo(memos[i], i % kBoxes, i < kMemos ? 1 : 0, separate);
+  model.end();  // what is being allocated is not in the model yet
+  expect(manager.boxIOCPAllocate(portBox, port.handle()) == 0, "no box");
+  for (unsigned i = 0; i < kAll; ++i) allocate(i);
+  model.begin(simulation, manager, {boxes, boxes + kBoxes}, kBoxThread);
+  for (unsigned i = 0; i < kAll; ++i) {
+    model.addMemo(memos[i], i < kFirstPort ? i % kBoxes : kBoxes, i < kMemos ? 1 : 0,
+                  isSeparate(i));
   }
 }
 
@@ -97,9 +116,44 @@ void Life::perform(const Operation& operation) {
     case Kind::Receive:
       boxes[subject]->receive(a, value, count);
       break;
+    case Kind::Replace:
+      boxes[subject % kBoxes]->memoDeallocate(memos[subject]);
+      allocate(subject);
+      model.isReplaced(subject, memos[subject]);
+      break;
+    case Kind::PortDispatch:
+      portBox->memoDispatch(memos[subject]);
+      break;
+    case Kind::PortDispatchMultiple:
+      portBox->memoDispatchMultiple(memos[subject], a);
+      break;
+    case Kind::PortSchedule:
+      portBox->memoSchedule(memos[subject], a);
+      break;
+    case Kind::PortReschedule:
+      value = portBox->memoRescheduleUpdated(memos[subject], a, b, subject, nullptr);
+      break;
+    case Kind::PortCancel:
+      portBox->memoCancel(memos[subject]);
+      break;
+    case Kind::PortMark:
+      portBox->markMemoReceived(memos[subject]);
+      break;
+    case Kind::PortReceive:
+      value = receiveFromPort(a);
+      break;
   }
   model.returns(value, count, locus);
   simulation.note("had " + std::to_string(value) + ' ' + std::to_string(count));
+}
+
+unsigned Life::receiveFromPort(unsigned timeout) {
+  NomULong bytes = 0;
+  std::uint64_t key = 0;
+  OVERLAPPED* overlapped = nullptr;
+  const int result = portBox->receive(bytes, key, overlapped, static_cast<int>(timeout));
+  if (result != 0) model.packetCame(static_cast<unsigned>(key));
+  return static_cast<unsigned>(result);
 }
 
 int Life::runThread(void* thread) {
@@ -131,11 +185,14 @@ void Life::run() {
     // Longer than any delay: all that was scheduled or started comes.
     constexpr std::uint32_t kQuietMillis = 60'000;
     nosSleep(kQuietMillis);
+    while (receiveFromPort(0) != 0) {
+    }
     model.checkQuiet();
     model.end();
     boxes[0]->memoDeallocate(memos[0]);
     boxes[0]->timerDeallocate(memos[kMemos]);
     manager.boxDeallocate(boxes[0]);
+    port.close();
   }
   expect(nosAllocatedBlocks() == blocks, "memory is left");
 }
@@ -152,8 +209,9 @@ Scenario randomScenario(std::uint32_t seed) {
   Scenario scenario;
   scenario.threads.resize(2 + below(2));
   for (auto& operations : scenario.threads) {
+    const auto own = kFirstOwn + static_cast<unsigned>(&operations - scenario.threads.data());
     for (unsigned count = 1 + below(6); count != 0; --count) {
-      Operation operation{static_cast<Kind>(below(11)), below(kMemos)};
+      Operation operation{static_cast<Kind>(below(kKinds)), below(5) == 0 ? own : below(kMemos)};
       const unsigned priorities[] = {0, 1, 5, 5, 10, 15, 99};
       const unsigned priority = priorities[below(7)];
       const unsigned value = 1 + below(1000);
@@ -179,6 +237,21 @@ Scenario randomScenario(std::uint32_t seed) {
         case Kind::Receive:
           operation.subject = below(kBoxes);
           operation.a = below(3) == 0 ? 0 : delay();
+          break;
+        case Kind::Replace:
+          operation.subject = own;
+          break;
+        case Kind::PortDispatch:
+        case Kind::PortDispatchMultiple:
+        case Kind::PortSchedule:
+        case Kind::PortReschedule:
+        case Kind::PortCancel:
+        case Kind::PortMark:
+          operation.subject = kFirstPort + below(kPortMemos);
+          operation.a = operation.kind == Kind::PortDispatchMultiple ? below(4) : delay();
+          break;
+        case Kind::PortReceive:
+          operation.a = delay();
           break;
         default:
           operation.a = value;

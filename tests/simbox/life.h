@@ -9,13 +9,19 @@
 
 namespace simbox {
 
-// What the threads do, each in order. Memos 0 to 3 and timers 4 and 5 alternate between box 0 and
-// the serialised box 1; memos 2 and 3 are received separately.
+// What the threads do, each in order. Memos 0 to 3, timers 4 and 5 and memos 6 to 8, each used by
+// one thread alone, alternate between box 0 and the serialised box 1; memos 2 and 3 are received
+// separately. Memos 9 and 10 are those of a completion-port box.
 struct Scenario {
   std::vector<std::vector<Operation>> threads;
 };
 inline constexpr unsigned kMemos = 4;
 inline constexpr unsigned kTimers = 2;
+inline constexpr unsigned kOwn = 3;
+inline constexpr unsigned kPortMemos = 2;
+inline constexpr unsigned kFirstOwn = kMemos + kTimers;
+inline constexpr unsigned kFirstPort = kFirstOwn + kOwn;
+inline constexpr unsigned kAll = kFirstPort + kPortMemos;
 inline constexpr unsigned kBoxes = 2;
 
 // 2 or 3 threads of at most 6 operations each.

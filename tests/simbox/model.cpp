@@ -13,10 +13,16 @@ using Inside = nomutil::boxes::BoxesAccess;
 using nomutil::boxes::OnlyThread;
 
 std::string text(const Operation& operation) {
-  static const char* const names[] = {
-      "dispatch",  "updateDispatch", "dispatchMultiple", "updateDispatchMultiple",
-      "schedule",  "cancel",         "update",           "timerStart",
-      "timerStop", "getState",       "receive"};
+  static const char* const names[] = {"dispatch",         "updateDispatch",
+                                      "dispatchMultiple", "updateDispatchMultiple",
+                                      "schedule",         "cancel",
+                                      "update",           "timerStart",
+                                      "timerStop",        "getState",
+                                      "receive",          "replace",
+                                      "portDispatch",     "portDispatchMultiple",
+                                      "portSchedule",     "portReschedule",
+                                      "portCancel",       "portMark",
+                                      "portReceive"};
   return std::string(names[static_cast<int>(operation.kind)]) + ' ' +
          std::to_string(operation.subject) + ": " + std::to_string(operation.a) + ' ' +
          std::to_string(operation.b) + ' ' + std::to_string(operation.c);
@@ -28,7 +34,7 @@ void Model::begin(const nomos::simulated::Simulation& simulation, const BoxManag
   _manager = &manager;
   _boxes = std::move(boxes);
   _queues.resize(_boxes.size());
-  _removals.resize(_boxes.size());
+  _removals.resize(_boxes.size() + 1);  // the port counts as a box without a queue
   _boxThread = boxThread;
 }
 
@@ -49,7 +55,9 @@ void Model::returns(unsigned value, unsigned signalCount, MemoLocus locus) {
   _running.erase(_simulation->current());
   if (running.operation.kind == Kind::Receive) {
     checkReceived(running, value, signalCount);
-  } else {
+  } else if (running.operation.kind == Kind::PortReschedule) {
+    expect(value == running.value, "memoRescheduleUpdated gave another");
+  } else if (running.operation.kind != Kind::PortReceive) {
     expect(running.isDone, "an operation took no lock");
     const bool isState = running.operation.kind == Kind::GetState;
     expect(!isState || locus == running.locus, "getState gave another place");
@@ -68,9 +76,20 @@ void Model::checkReceived(const Running& running, unsigned value, unsigned signa
          "a receive ended before its time");
 }
 
+void Model::isReplaced(unsigned memo, Memo* fresh) {
+  Entry& entry = _memos[memo];
+  entry = {fresh, entry.box};
+  _numbers[fresh] = memo;
+}
+
+void Model::packetCame(unsigned memo) {
+  ++_memos[memo].came;  // it may come before the post has given its lock back
+}
+
 void Model::checkQuiet() {
   for (const Entry& entry : _memos) {
-    expect(entry.locus == ML_Idle || entry.locus == ML_Box, "a memo was lost");
+    expect(entry.locus != ML_Calendar && entry.locus != ML_Wheel, "a memo was lost");
+    expect(entry.posted == entry.came, "a packet was lost or made");
   }
 }
 
@@ -94,8 +113,10 @@ void Model::relinquishing(const ThreadMutex& mutex) {
 void Model::apply(Running& running) {
   const auto [kind, memo, a, b, c] = running.operation;
   if (kind == Kind::Receive) return receive(running);
+  if (kind == Kind::Replace && running.isDone) return;  // the new memo is not in the model yet
   expect(!running.isDone, "an operation took its lock twice");
   running.isDone = true;
+  if (kind > Kind::Replace) return applyToPort(running);
   Entry& entry = _memos[memo];
   const bool staysQueued = kind == Kind::Dispatch || kind == Kind::DispatchMultiple;
   if (kind != Kind::GetState && !(staysQueued && entry.locus == ML_Box)) withdraw(memo);
@@ -116,15 +137,14 @@ void Model::apply(Running& running) {
       enter(memo);
       entry.signals += c - 1;
       break;
-    case Kind::Schedule: {
+    case Kind::Schedule:
       entry.signals = 0;
-      entry.locus = ML_Calendar;
-      entry.due = running.now + a;
-      const auto later = std::ranges::find_if(
-          _calendar, [&](unsigned other) { return _memos[other].due > entry.due; });
-      _calendar.insert(later, memo);
+      schedule(memo, running.now + a);
       break;
-    }
+    case Kind::Replace:
+      _numbers.erase(entry.memo);
+      entry.memo = nullptr;
+      break;
     case Kind::GetState:
       running.locus = entry.locus;
       running.signalCount = entry.signals;
@@ -146,6 +166,43 @@ void Model::apply(Running& running) {
   }
 }
 
+void Model::schedule(unsigned memo, std::int64_t due) {
+  _memos[memo].locus = ML_Calendar;
+  _memos[memo].due = due;
+  const auto later =
+      std::ranges::find_if(_calendar, [&](unsigned other) { return _memos[other].due > due; });
+  _calendar.insert(later, memo);
+}
+
+void Model::applyToPort(Running& running) {
+  const auto [kind, memo, a, b, c] = running.operation;
+  const MemoLocus locus = _memos[memo].locus;
+  const bool isScheduled = locus == ML_Calendar;
+  if (isScheduled && kind != Kind::PortMark) withdraw(memo);
+  switch (kind) {
+    case Kind::PortDispatch:
+      enter(memo);
+      break;
+    case Kind::PortDispatchMultiple:
+      if (isScheduled) _memos[memo].locus = ML_Port;
+      for (unsigned i = 0; i < a; ++i) enter(memo);
+      break;
+    case Kind::PortSchedule:
+      schedule(memo, running.now + a);
+      break;
+    case Kind::PortReschedule:
+      running.value = !isScheduled;
+      if (isScheduled && a == 0) enter(memo);
+      if (isScheduled && a != 0) schedule(memo, running.now + a);
+      break;
+    case Kind::PortMark:
+      if (locus == ML_Port) _memos[memo].locus = ML_Idle;
+      break;
+    default:
+      break;
+  }
+}
+
 void Model::set(unsigned memo, unsigned value, unsigned priority, bool separate) {
   Entry& entry = _memos[memo];
   entry.signals = 0;
@@ -156,13 +213,20 @@ void Model::set(unsigned memo, unsigned value, unsigned priority, bool separate)
 
 void Model::withdraw(unsigned memo) {
   const unsigned box = _memos[memo].box;
-  _removals[box] += static_cast<unsigned>(std::erase(_queues[box], memo));
+  if (box < _queues.size()) {
+    _removals[box] += static_cast<unsigned>(std::erase(_queues[box], memo));
+  }
   std::erase(_calendar, memo);
   _memos[memo].locus = ML_Idle;
 }
 
 void Model::enter(unsigned memo) {
   Entry& entry = _memos[memo];
+  if (entry.box == _queues.size()) {
+    entry.locus = ML_Port;
+    ++entry.posted;
+    return;
+  }
   if (entry.locus == ML_Box) {
     ++entry.signals;
     return;
@@ -203,9 +267,9 @@ void Model::judgeBoxThread() {
   constexpr std::int64_t kSure = 20'000;  // farther behind, slots of the wheel are not unique
   const std::int64_t now = clock();
   const bool isSure = now - static_cast<std::int64_t>(Inside::slotTime(*_manager)) <= kSure;
-  std::vector<bool> movedTimer(_boxes.size());
+  std::vector<bool> movedTimer(_boxes.size() + 1);
   for (Entry& entry : _memos) {
-    if (Inside::locus(*entry.memo) != ML_Box || entry.locus == ML_Box) continue;
+    if (entry.memo == nullptr || Inside::locus(*entry.memo) == entry.locus) continue;
     expect(entry.locus == ML_Wheel || entry.locus == ML_Calendar, "an idle memo was moved");
     expect(entry.due <= now || (entry.locus == ML_Wheel && !isSure), "a memo came too early");
     expect(entry.due == now || !_isPunctual, "a memo came too late");
@@ -213,12 +277,14 @@ void Model::judgeBoxThread() {
   }
   for (const unsigned memo : std::vector<unsigned>(_calendar)) {
     const Entry& entry = _memos[memo];
-    if (Inside::locus(*entry.memo) != ML_Box) continue;
+    if (Inside::locus(*entry.memo) == ML_Calendar) continue;
     withdraw(memo);
     if (!movedTimer[entry.box]) enter(memo);
   }
   for (Entry& entry : _memos) {
-    if (Inside::locus(*entry.memo) != ML_Box || entry.locus == ML_Box) continue;
+    if (entry.memo == nullptr || Inside::locus(*entry.memo) != ML_Box || entry.locus == ML_Box) {
+      continue;
+    }
     entry.locus = ML_Box;
     if (entry.signals == 0) entry.signals = 1;
   }
@@ -239,6 +305,7 @@ void Model::compare() {
   const OnlyThread only;
   std::size_t running = 0;
   for (const Entry& entry : _memos) {
+    if (entry.memo == nullptr) continue;
     expect(Inside::locus(*entry.memo) == entry.locus, "a memo is somewhere else");
     if (entry.locus == ML_Box || entry.separate) {
       expect(Inside::signals(*entry.memo) == entry.signals, "a memo has other signals");

@@ -32,7 +32,16 @@ enum class Kind {
   TimerStop,
   GetState,
   Receive,
+  Replace,  // deallocates and allocates the memo
+  PortDispatch,
+  PortDispatchMultiple,
+  PortSchedule,
+  PortReschedule,
+  PortCancel,
+  PortMark,
+  PortReceive,
 };
+inline constexpr unsigned kKinds = 19;
 
 // An operation on memo (or timer, or box) `subject`; the numbers are its arguments in order.
 struct Operation {
@@ -56,8 +65,11 @@ class Model : public nomos::simulated::Observer {
   // Around each operation of the fiber that runs.
   void enters(const Operation& operation);
   void returns(unsigned value, unsigned signalCount, MemoLocus locus);
+  void isReplaced(unsigned memo, Memo* fresh);
+  // A packet of this memo came out of the port.
+  void packetCame(unsigned memo);
 
-  // Nothing waits in calendar or wheel.
+  // Nothing waits in calendar or wheel, and all packets have come.
   void checkQuiet();
 
   void acquired(const ThreadMutex& mutex) override;
@@ -70,7 +82,8 @@ class Model : public nomos::simulated::Observer {
     MemoLocus locus = ML_Idle;
     std::uint32_t signals = 0, value = 0, priority = 0;
     bool separate = false;
-    std::int64_t due = 0;  // in calendar and wheel
+    std::int64_t due = 0;           // in calendar and wheel
+    unsigned posted = 0, came = 0;  // packets
   };
   // The operation that a fiber is in.
   struct Running {
@@ -84,6 +97,8 @@ class Model : public nomos::simulated::Observer {
   };
 
   void apply(Running& running);
+  void applyToPort(Running& running);
+  void schedule(unsigned memo, std::int64_t due);
   void enter(unsigned memo);
   void withdraw(unsigned memo);
   void set(unsigned memo, unsigned value, unsigned priority, bool separate);

@@ -104,29 +104,39 @@ struct Access {
 
   // Normal form of a 64-bit and of a 128-bit value.
   static Decimal fromWord(std::int64_t value, std::uint8_t scaleFactor) {
-    const unsigned length = limbsOf(value);
-    return fromTopWord(static_cast<std::uint64_t>(value) << ((0u - 16u * length) & 63u), length,
-                       scaleFactor);
+    return fromImage(wordImage(value, scaleFactor));
   }
 
   static Decimal fromValue(Int128 value, std::uint8_t scaleFactor) {
-    const auto low = lowWord(static_cast<UInt128>(value));
+    const auto low = static_cast<std::int64_t>(lowWord(static_cast<UInt128>(value)));
     const auto high = static_cast<std::int64_t>(highWord(static_cast<UInt128>(value)));
+    if (high == low >> 63) return fromWord(low, scaleFactor);
+    if (4 + limbsOf(high) > kMaxFastLimbs) return fromWide(widen(value), scaleFactor);
+    return fromImage(twoWordImage(high, static_cast<std::uint64_t>(low), scaleFactor));
+  }
+
+  // The same in a Decimal that is still the empty zero. REQUIRES: 7 limbs hold the value.
+  static void putWord(Decimal& out, std::int64_t value, std::uint8_t scaleFactor) {
+    putImage(out, wordImage(value, scaleFactor));
+  }
+  static void putTwoWords(Decimal& out, std::int64_t high, std::uint64_t low,
+                          std::uint8_t scaleFactor) {
     if (high == static_cast<std::int64_t>(low) >> 63) {
-      return fromWord(static_cast<std::int64_t>(low), scaleFactor);
+      putWord(out, static_cast<std::int64_t>(low), scaleFactor);
+    } else {
+      putImage(out, twoWordImage(high, low, scaleFactor));
     }
-    const unsigned length = 4 + limbsOf(high);
-    if (length > kMaxFastLimbs) return fromWide(widen(value), scaleFactor);
-    const unsigned shift = 16 * (kMaxFastLimbs - length);
-    return fromImage(shiftedHigh(static_cast<std::uint64_t>(high), low, shift), low << shift,
-                     length, scaleFactor);
   }
 
   // The constructor from a stored decimal.
   static Decimal fromStored(const DskDecimal& stored);
 
-  // The text constructor.
-  static Decimal fromText(const char* text);
+  // The text constructor. REQUIRES: out is the empty zero.
+  static void read(Decimal& out, const char* text);
+
+  // Decimal::decimalToString, for any value and buffer.
+  static char* render(const Decimal& rendered, char* buffer, std::uint32_t size,
+                      std::uint32_t places);
 
   // Leading limbs of a word that only repeat the sign: 0 to 3.
   static unsigned redundantLimbs(std::int64_t top) { return 4 - limbsOf(top); }
@@ -135,8 +145,8 @@ struct Access {
   // up to 14 limbs behind `redundant` ones, 0 to 2, which stand at the top of `high`.
   static Decimal fromTop(std::uint64_t first, std::uint64_t second, unsigned length,
                          std::uint8_t scaleFactor) {
-    if (length <= 4) return fromTopWord(first, length, scaleFactor);
-    return fromImage(first >> 16, first << 48 | second >> 16, length, scaleFactor);
+    if (length <= 4) return fromImage(topWordImage(first, length, scaleFactor));
+    return fromImage(imageOf(first >> 16, first << 48 | second >> 16, length, scaleFactor));
   }
 
   static Decimal fromLongTop(UInt128 high, UInt128 low, unsigned redundant, unsigned length,
@@ -166,13 +176,19 @@ struct Access {
   static_assert(offsetof(Decimal, _value) == 2 && offsetof(Decimal, _valid) == 44);
   static_assert(std::endian::native == std::endian::little);
 
-  // At most 4 limbs, which stand at the top of a word.
-  static Decimal fromTopWord(std::uint64_t top, unsigned length, std::uint8_t scaleFactor) {
+  // The first 16 bytes of a Decimal are its header and 7 limbs: those of a value of 1 to 4 limbs,
+  // which stand at the top of a word.
+  static LimbVector topWordImage(std::uint64_t top, unsigned length, std::uint8_t scaleFactor) {
     const WordVector words = {top, 0};
     const LimbVector reversed = reverseFirstWord(reinterpret_cast<LimbVector>(words));
     auto image = reinterpret_cast<LimbVector>(reinterpret_cast<WholeVector>(reversed) << 16);
     image[0] = static_cast<std::uint16_t>(static_cast<unsigned>(scaleFactor) << 8 | length);
-    return fromImage(image);
+    return image;
+  }
+  static LimbVector wordImage(std::int64_t value, std::uint8_t scaleFactor) {
+    const unsigned length = limbsOf(value);
+    return topWordImage(static_cast<std::uint64_t>(value) << ((0u - 16u * length) & 63u), length,
+                        scaleFactor);
   }
 
   // Four limbs as a word, the first one topmost.
@@ -195,21 +211,31 @@ struct Access {
     return Wide{{lowWord(bits), highWord(bits), sign, sign, sign, sign}};
   }
 
-  // The first 16 bytes of a Decimal are its header and 7 limbs. With the limbs of both words
-  // reversed they read as scale factor and length (scale << 8 | length) on the top of the first
-  // word, and the limbs below, the first one topmost. `high` has the first 3 limbs in its low 48
-  // bits.
-  static Decimal fromImage(std::uint64_t high, std::uint64_t low, unsigned length,
-                           std::uint8_t scaleFactor) {
+  // With the limbs of both words reversed the image reads as scale factor and length (scale << 8 |
+  // length) on the top of the first word, and the limbs below, the first one topmost. `high` has
+  // the first 3 limbs in its low 48 bits.
+  static LimbVector imageOf(std::uint64_t high, std::uint64_t low, unsigned length,
+                            std::uint8_t scaleFactor) {
     const std::uint64_t header = static_cast<unsigned>(scaleFactor) << 8 | length;
     const WordVector words = {(high << 16 >> 16) | header << 48, low};
-    return fromImage(reverseWithinWords(reinterpret_cast<LimbVector>(words)));
+    return reverseWithinWords(reinterpret_cast<LimbVector>(words));
+  }
+
+  // REQUIRES: the value has 5 to 7 limbs.
+  static LimbVector twoWordImage(std::int64_t high, std::uint64_t low, std::uint8_t scaleFactor) {
+    const unsigned length = 4 + limbsOf(high);
+    const unsigned shift = 16 * (kMaxFastLimbs - length);
+    return imageOf(shiftedHigh(static_cast<std::uint64_t>(high), low, shift), low << shift, length,
+                   scaleFactor);
   }
 
   // One store of both words: what loads them soon after takes them from it without waiting.
+  static void putImage(Decimal& out, const LimbVector& image) {
+    std::memcpy(static_cast<void*>(&out), &image, sizeof image);
+  }
   static Decimal fromImage(const LimbVector& image) {
     Decimal result;
-    std::memcpy(static_cast<void*>(&result), &image, sizeof image);
+    putImage(result, image);
     return result;
   }
 };
