@@ -10,6 +10,7 @@
 #include "sys/boxes.h"
 #include "sys/messages.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <memory>
@@ -28,13 +29,18 @@ Nanos clockNanos() {
   return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-// The nanosecond in which a millisecond of the relative clock begins, less the millisecond: found
-// by waiting for one to begin.
+// The nanosecond in which a millisecond of the relative clock begins, less the millisecond. A
+// reading lies behind the beginning of its millisecond; that of some milliseconds read without a
+// pause lies right behind it.
 Nanos originOfRelativeTime() {
-  const std::int64_t before = nosGetRelativeTime();
-  std::int64_t millis = before;
-  while (millis == before) millis = nosGetRelativeTime();
-  return clockNanos() - millis * 1'000'000;
+  constexpr std::int64_t kMillis = 5;
+  Nanos origin = INT64_MAX;
+  const std::int64_t end = nosGetRelativeTime() + kMillis;
+  for (std::int64_t millis = 0; millis < end;) {
+    millis = nosGetRelativeTime();
+    origin = std::min(origin, clockNanos() - millis * 1'000'000);
+  }
+  return origin;
 }
 
 // A box, its memos and its receiver. Values tell memos apart: 0 is nothing received, then come the
