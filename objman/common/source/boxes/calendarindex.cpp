@@ -82,7 +82,7 @@ void CalendarIndex::_set(Place place, Memo* memo) {
 // Makes room at a place and sets it; does nothing when there is no room left.
 void CalendarIndex::_insert(Place place, Memo* memo) {
   if (_rows == 0) {
-    for (std::uint32_t i = 0; i < kLeafCount; ++i) _order[i] = static_cast<std::uint8_t>(i);
+    for (std::uint32_t i = 0; i < kLeafCount; ++i) _order[i] = static_cast<std::uint16_t>(i);
     _rows = 1;
     _leaf(0).count = 0;
   }
@@ -114,9 +114,9 @@ void CalendarIndex::_erase(Place place) {
 // Moves the upper half of a full row into a new row behind it. False when no leaf is left.
 bool CalendarIndex::_split(std::uint32_t row) {
   if (_rows == kLeafCount) return false;
-  const std::uint8_t fresh = _order[_rows];
+  const std::uint16_t fresh = _order[_rows];
   const std::uint32_t behind = _rows - row - 1;
-  std::memmove(_order + row + 2, _order + row + 1, behind);
+  std::memmove(_order + row + 2, _order + row + 1, behind * 2);
   std::memmove(_first + row + 2, _first + row + 1, behind * 8);
   _order[row + 1] = fresh;
   ++_rows;
@@ -139,9 +139,9 @@ void CalendarIndex::_join(std::uint32_t row) {
   std::copy_n(upper.fences, upper.count, lower.fences + lower.count);
   lower.count += upper.count;
   _first[row] = lower.times[0];
-  const std::uint8_t freed = _order[row + 1];
+  const std::uint16_t freed = _order[row + 1];
   const std::uint32_t behind = _rows - row - 2;
-  std::memmove(_order + row + 1, _order + row + 2, behind);
+  std::memmove(_order + row + 1, _order + row + 2, behind * 2);
   std::memmove(_first + row + 1, _first + row + 2, behind * 8);
   --_rows;
   _order[_rows] = freed;

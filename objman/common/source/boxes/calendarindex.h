@@ -3,8 +3,8 @@
 // last fence that is due no later. A walk that turns out long leaves a fence behind, wherever the
 // times lie; nothing is ever rebuilt. Its size is fixed: when it is full, walks grow.
 //
-// Fences lie in leaves of at most 64, at most 256 leaves, found by their first times: a B+-tree of
-// two levels.
+// Fences lie in leaves of at most 64, at most 1,024 leaves, found by their first times: a B+-tree
+// of two levels.
 #ifndef NOMUTIL_BOXES_CALENDARINDEX_H
 #define NOMUTIL_BOXES_CALENDARINDEX_H
 
@@ -27,11 +27,11 @@ class CalendarIndex {
 
   std::uint32_t fenceCount() const;
 
-  static constexpr std::uint32_t kLongWalk = 8;  // steps that are worth a fence
+  static constexpr std::uint32_t kLongWalk = 3;  // steps that are worth a fence
 
  private:
   static constexpr std::uint32_t kLeafRoom = 64;
-  static constexpr std::uint32_t kLeafCount = 256;
+  static constexpr std::uint32_t kLeafCount = 1024;
 
   struct Leaf {
     std::uint32_t count;
@@ -57,7 +57,7 @@ class CalendarIndex {
 
   std::uint32_t _rows = 0;           // leaves in use, none of them empty
   std::uint64_t _first[kLeafCount];  // the first time of each row
-  std::uint8_t _order[kLeafCount];   // row -> leaf; behind the rows, the leaves not in use
+  std::uint16_t _order[kLeafCount];  // row -> leaf; behind the rows, the leaves not in use
   Leaf _leaves[kLeafCount];
 };
 
