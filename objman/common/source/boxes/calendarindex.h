@@ -3,7 +3,7 @@
 // last fence that is due no later. A walk that turns out long leaves a fence behind, wherever the
 // times lie; nothing is ever rebuilt. Its size is fixed: when it is full, walks grow.
 //
-// Fences lie in leaves of at most 64, at most 1,024 leaves, found by their first times: a B+-tree
+// Fences lie in leaves of at most 32, at most 2,048 leaves, found by their first times: a B+-tree
 // of two levels.
 #ifndef NOMUTIL_BOXES_CALENDARINDEX_H
 #define NOMUTIL_BOXES_CALENDARINDEX_H
@@ -30,13 +30,17 @@ class CalendarIndex {
   static constexpr std::uint32_t kLongWalk = 3;  // steps that are worth a fence
 
  private:
-  static constexpr std::uint32_t kLeafRoom = 64;
-  static constexpr std::uint32_t kLeafCount = 1024;
+  static constexpr std::uint32_t kLeafRoom = 32;
+  static constexpr std::uint32_t kLeafCount = 2048;
+
+  // A fence and its time side by side, so that finding the one brings the other into the cache.
+  struct Fence {
+    std::uint64_t time;
+    Memo* memo;
+  };
 
   struct Leaf {
-    std::uint32_t count;
-    std::uint64_t times[kLeafRoom];
-    Memo* fences[kLeafRoom];
+    Fence fences[kLeafRoom];
   };
 
   // A fence's place: leaf `row` in order, entry `column` in it.
@@ -46,7 +50,7 @@ class CalendarIndex {
   };
 
   Place _find(std::uint64_t time) const;
-  bool _next(Place place, std::uint64_t& time) const;
+  Fence _next(Place place) const;
   void _insert(Place place, Memo* memo) NOMOS_REQUIRES(changeLock);
   void _erase(Place place);
   void _set(Place place, Memo* memo) NOMOS_REQUIRES(changeLock);
@@ -54,10 +58,12 @@ class CalendarIndex {
   void _join(std::uint32_t row);
   Leaf& _leaf(std::uint32_t row) { return _leaves[_order[row]]; }
   const Leaf& _leaf(std::uint32_t row) const { return _leaves[_order[row]]; }
+  Fence& _at(Place place) { return _leaf(place.row).fences[place.column]; }
 
   std::uint32_t _rows = 0;           // leaves in use, none of them empty
   std::uint64_t _first[kLeafCount];  // the first time of each row
   std::uint16_t _order[kLeafCount];  // row -> leaf; behind the rows, the leaves not in use
+  std::uint8_t _count[kLeafCount];   // the fences of each row
   Leaf _leaves[kLeafCount];
 };
 
