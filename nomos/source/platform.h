@@ -1,12 +1,13 @@
 // What a backend owes to the code in source/common, beside the exported operations that it
 // implements itself. source/linux and source/windows define each of these in a file of the same
 // name: heap.cpp, format.cpp, console.cpp, directory.cpp, codepage.cpp, profile.cpp, clock.cpp,
-// relativetime.cpp, event.cpp, thread.cpp, dlldesc.cpp, processdump.cpp.
+// relativetime.cpp, event.cpp, thread.cpp, dlldesc.cpp, processdump.cpp, localedate.cpp.
 // The files mutex.cpp, completionport.cpp, file.cpp, lasterror.cpp, locale.cpp and messagetable.cpp
 // implement exported classes and functions.
 #ifndef NOMOS_SOURCE_PLATFORM_H
 #define NOMOS_SOURCE_PLATFORM_H
 
+#include "nomos/localedate.h"
 #include "nomos/thread.h"
 
 #include <atomic>
@@ -106,6 +107,46 @@ unsigned processNumber();
 void findTemporaryDirectory(char* buffer, unsigned size);
 unsigned writeProcessDump(const char* path, int kind);
 extern const unsigned kFileExists;  // the error number of a file that is there already
+
+// localedate.cpp: how a locale writes dates, as UTF-16. A text that the locale lacks, or that has
+// no room, is empty. Months are those of its calendar, days start with Monday. A name has up to
+// four forms: full and abbreviated, within a date and by itself. Patterns are made of the letters
+// d, M (or L) and y, with literal text between apostrophes; the platforms agree so far.
+struct LocaleDescription {
+  static constexpr unsigned kRoom = 48;  // the longest name of CLDR 42 has 30 units
+  static constexpr unsigned kForms = 4;
+  using Text = char16_t[kRoom];
+
+  NosCalendar calendar;
+  Text shortDate;
+  Text longDate;
+  Text fullDate;  // with the day's name; the platform may have one long form only
+  Text morning;
+  Text afternoon;
+  Text months[kForms][12];
+  Text days[kForms][7];
+};
+
+// Describes a locale into an empty description; false when the platform does not know it. 1033,
+// English of the United States, is known everywhere.
+bool describeLocale(unsigned locale, LocaleDescription& description) noexcept;
+
+// The simple case mappings of one character.
+char32_t lowerCase(char32_t character) noexcept;
+char32_t upperCase(char32_t character) noexcept;
+
+// As nosFindLocale, nosGetLocaleName and nosFormatLocaleDate describe them.
+unsigned findLocale(const char* name) noexcept;
+bool localeName(unsigned index, char* buffer, unsigned size) noexcept;
+bool formatDateIn(unsigned locale, NosDateStyle style, std::uint32_t date, char16_t* buffer,
+                  unsigned room) noexcept;
+
+// The day number of a date in a calendar that is not the Gregorian with other years; 0xFFFFFFFF for
+// a date that does not exist there, and for a calendar that the platform lacks.
+std::uint32_t dayNumberIn(NosCalendar calendar, int day, int month, int year) noexcept;
+
+// The last of the hundred years in which a year of two digits falls; 0 when there are none.
+int lastTwoDigitYear(NosCalendar calendar) noexcept;
 
 }  // namespace nomos::platform
 

@@ -81,4 +81,41 @@ TEST(File, ReadsBytesForwardToTheEnd) {
   EXPECT_EQ(nosGetLastError(), 2u);  // no such file, on both platforms
 }
 
+TEST(File, IsWrittenUnderOneNameAndTakesAnother) {
+  const std::string path = nomtest::tempPath(".bin").string(), part = path + ".part";
+  const std::string content("\0\xFF\r\n\x1A\n last", 11);
+  std::ofstream(path) << "before";
+  fs::remove(part);
+  KoraFile file;
+  EXPECT_FALSE(file.createNew(path.c_str())) << "there is one";
+  EXPECT_FALSE(file.openDevice(path.c_str())) << "a file";
+  EXPECT_TRUE(file.createNew(part.c_str()));
+  EXPECT_EQ(file.size(), 0);
+  EXPECT_TRUE(file.write(content.data(), 3) && file.write(content.data() + 3, 8) && file.flush());
+  EXPECT_EQ(file.size(), 11);
+  file.close();
+  EXPECT_FALSE(file.write("x", 1));
+  EXPECT_EQ(file.size(), -1);
+  EXPECT_TRUE(nosReplaceFile(part.c_str(), path.c_str()));
+  EXPECT_FALSE(fs::exists(part));
+  std::string read(20, '#');
+  EXPECT_TRUE(file.openReadOnly(path.c_str()));
+  EXPECT_EQ(file.size(), 11);
+  EXPECT_EQ(file.read(read.data(), 20), 11);
+  EXPECT_EQ(read.substr(0, 11), content);
+  EXPECT_FALSE(file.write("x", 1)) << "open for reading";
+  file.close();
+  EXPECT_FALSE(nosReplaceFile(path.c_str(), fs::temp_directory_path().string().c_str()));
+  EXPECT_TRUE(nosDeleteFile(path.c_str()));
+  EXPECT_FALSE(nosDeleteFile(path.c_str()));
+}
+
+TEST(File, OpensAStandardStreamThatStaysOpen) {
+  for (int round = 0; round < 2; ++round) {
+    KoraFile file;
+    ASSERT_TRUE(file.openStandard(NosStream::Error));
+    EXPECT_TRUE(file.write("", 0));
+  }
+}
+
 }  // namespace

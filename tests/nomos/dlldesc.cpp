@@ -203,6 +203,15 @@ TEST_F(Library, IsLoadedOnceByThreadsThatRace) {
   EXPECT_EQ(callNext(library), 1) << "a second load would have held the library";
 }
 
+TEST(LocaleLibrary, HasAFileAndAVersion) {
+  char path[600], version[64], cut[3];
+  ASSERT_TRUE(nosDescribeLocaleLibrary(path, sizeof path, version, sizeof version));
+  EXPECT_TRUE(fs::exists(path)) << path;
+  EXPECT_GE(std::stoi(version), 10) << "ICU 72.1, Windows 10.0.19045";
+  ASSERT_TRUE(nosDescribeLocaleLibrary(nullptr, 0, cut, sizeof cut));
+  EXPECT_EQ(cut, std::string(version).substr(0, 2));
+}
+
 TEST(Export, IsFoundByNameInNomosAlone) {
   EXPECT_EQ(nosFindExport("nosProcessDump"), reinterpret_cast<void*>(&nosProcessDump));
   for (const char* foreign : {"malloc", "main", "nosProcessDum", ""}) {

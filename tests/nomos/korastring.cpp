@@ -83,13 +83,14 @@ TEST(KoraString, StaysAsItWasOverItsMaximumAndWithoutMemory) {
       {&text, 10, 1035},  {&binary, 10, 1091}, {&utf, 10, 1124},
       {&held, 300, 1448}, {&local, 300, 1448}, {&unlimited, 300, 1448}};
   for (const auto& [string, length, expected] : rows) {
-    for (unsigned operation = 0; operation < 4; ++operation) {
+    for (unsigned operation = 0; operation < 5; ++operation) {
       nosFailAllocation(1);
       const int thrown = thrownBy([&, &target = *string, &size = length] {
         if (operation == 0) target.setBytes(longer.data(), size);
         if (operation == 1) target.appendBytes(longer.data(), size - 3);
         if (operation == 2) target.resizeBytes(size);
         if (operation == 3) target.appendBytes(longer.data(), size == 10 ? 0xFFFFFFFF : size);
+        if (operation == 4) target.extendBytes(size - 3);
       });
       nosFailAllocation(0);
       EXPECT_EQ(thrown, expected) << operation;

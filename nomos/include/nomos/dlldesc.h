@@ -73,4 +73,11 @@ class NOMOS_API DllDesc {
 // linker knows it; null for a name that it does not export, whatever other libraries have.
 NOMOS_API void* nosFindExport(const char* name) noexcept;
 
+// What knows code pages and locales for nomos: the path of its file and its version, each at most
+// size - 1 characters and a NUL. On Linux that is the module beside nomos that links ICU, and the
+// version ICU's ("72.1"); false, with empty texts, when it does not load, and then Windows-1252 and
+// 1033 alone are known. On Windows it is the system itself, kernel32.dll and "10.0.19045".
+NOMOS_API bool nosDescribeLocaleLibrary(char* path, unsigned pathSize, char* version,
+                                        unsigned versionSize) noexcept;
+
 #endif  // NOMOS_DLLDESC_H

@@ -19,6 +19,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 
 inline constexpr std::uint32_t kKoraNoMaximum = 0xFFFFFFFF;
 
@@ -34,7 +35,7 @@ static_assert(sizeof(StringUtf8Info) == 24);
 // What all of them share: their text as plain bytes, whatever they stand for.
 class NOMOS_API KoraBytes {
  public:
-  virtual ~KoraBytes();
+  virtual ~KoraBytes() { _release(); }
 
   // The text; it moves when the string changes its length. Never null.
   void* bytes() noexcept { return _data; }
@@ -48,6 +49,10 @@ class NOMOS_API KoraBytes {
   void setBytes(const void* source, std::uint32_t byteCount);
   void appendBytes(const void* source, std::uint32_t byteCount);
   void resizeBytes(std::uint32_t byteCount);
+
+  // Makes the text longer by byteCount elements that have no values yet, for somebody who writes
+  // them in place, and returns where they begin.
+  void* extendBytes(std::uint32_t byteCount);
 
   // The same for one that knows not what it holds: a KoraUtf8String counts characters, any other
   // takes each byte for one and the charLength of a source for nothing.
@@ -64,7 +69,7 @@ class NOMOS_API KoraBytes {
  protected:
   static constexpr std::uint32_t kHeaderSize = kTextOverhead - 1;
 
-  explicit KoraBytes(std::uint32_t maximum) noexcept;
+  explicit KoraBytes(std::uint32_t maximum) noexcept : _data(_empty.text), _maximum(maximum) {}
   KoraBytes(const KoraBytes&) = delete;
   KoraBytes& operator=(const KoraBytes&) = delete;
 
@@ -73,21 +78,41 @@ class NOMOS_API KoraBytes {
 
   // Takes the text of source, which becomes empty; one that does not lie on the heap is copied.
   void _take(KoraBytes& source);
-  // Gives the text's memory back and starts again, empty, on memory of kHeaderSize bytes and room
-  // more, aligned to 4, that lives until _reset.
-  void _restart(char* memory, std::uint32_t room) noexcept;
-  // The same on the empty text that all strings without memory share.
-  void _reset() noexcept;
+  // Gives the text's memory back; then the string is empty, on the text that all share.
+  void _reset() noexcept {
+    _release();
+    _data = _empty.text;
+    _length = 0;
+  }
+  // Puts a string that is as after _reset on memory of kHeaderSize bytes and room more, aligned to
+  // 4, that lives until _reset.
+  void _useRoom(char* memory, std::uint32_t room) noexcept {
+    _data = (new (memory) Block{room - 1, 0})->text();
+    *static_cast<char*>(_data) = '\0';
+  }
   bool _equals(const KoraBytes& other) const noexcept;
 
  private:
-  struct Block;
-  struct EmptyText;
+  // The header in front of a text and its NUL.
+  struct Block {
+    std::uint32_t capacity;  // elements without the NUL
+    std::uint32_t isOnHeap;
 
-  Block& _block() const noexcept;
+    char* text() noexcept { return reinterpret_cast<char*>(this) + kHeaderSize; }
+  };
+  static_assert(sizeof(Block) == kHeaderSize);
+  struct EmptyText {
+    Block header;
+    char text[8];
+  };
+
+  Block& _block() const noexcept { return static_cast<Block*>(_data)[-1]; }
   void _checkLength(std::uint64_t byteCount) const;
   Block* _allocateBlock(std::uint64_t byteCount) const;
-  void _release() noexcept;
+  void _release() noexcept {
+    if (_block().isOnHeap != 0) _releaseBlock();
+  }
+  void _releaseBlock() noexcept;
   void _setLength(std::uint32_t byteCount) noexcept;
 
   void* _data;
@@ -188,14 +213,18 @@ static_assert(sizeof(KoraUtf8String) == 32);
 // texts on the heap. A KoraString<char> that is made from it keeps its text on the heap.
 class NOMOS_API KoraInlineString final : public KoraString<char> {
  public:
-  KoraInlineString() noexcept { _restart(_own, kRoom); }
+  KoraInlineString() noexcept { _useRoom(_own, kRoom); }
   explicit KoraInlineString(const char* source, std::uint32_t length);
   // Also what is moved is copied where it is short.
   KoraInlineString(const KoraInlineString& other);
   KoraInlineString& operator=(const KoraInlineString& other);
-  ~KoraInlineString() override;
+  // The base class must not find a block that is already gone.
+  ~KoraInlineString() override { _reset(); }
 
   static constexpr std::uint32_t kRoom = 64;
+
+ protected:
+  int _tooLong() const noexcept override;  // out of line, so that one module has the virtual table
 
  private:
   alignas(std::uint32_t) char _own[kHeaderSize + kRoom];

@@ -1,6 +1,7 @@
-// A day number taken apart inline, after Neri and Schneider, "Euclidean affine functions and their
-// application to calendar algorithms" (2023): a year begins with March, so that a leap day is its
-// last and the day of the year alone tells the month. Days count from 1 March of year 0.
+// A day number put together, and taken apart, inline. The latter is after Neri and Schneider,
+// "Euclidean affine functions and their application to calendar algorithms" (2023): a year begins
+// with March, so that a leap day is its last and the day of the year alone tells the month. Days
+// count from 1 March of year 0.
 #ifndef NOMOS_MARCHDAY_H
 #define NOMOS_MARCHDAY_H
 
@@ -11,6 +12,7 @@ namespace nomos {
 inline constexpr std::uint32_t kFirstDay = 1721426;    // 1 January 1
 inline constexpr std::uint32_t kLastDay = 5373484;     // 31 December 9999
 inline constexpr std::uint32_t kFirstMarch = 1721120;  // 1 March of year 0
+inline constexpr std::uint32_t kNoDay = 0xFFFFFFFF;    // a day that does not exist
 
 constexpr bool isDayNumber(std::uint32_t date) {
   return date - kFirstDay <= kLastDay - kFirstDay;
@@ -42,6 +44,25 @@ constexpr YearDay splitDayOfYear(std::uint32_t dayOfYear) {
   const std::uint32_t n3 = 2141 * dayOfYear + 197913;
   const bool isNextYear = dayOfYear >= 306;
   return {(n3 >> 16) - (isNextYear ? 12 : 0), (n3 & 0xFFFF) / 2141 + 1, isNextYear};
+}
+
+// The days of a year, not leap or leap, in front of each month, and all of them.
+inline constexpr std::uint16_t kDaysBefore[2][13] = {
+    {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 365},
+    {0, 31, 60, 91, 121, 152, 182, 213, 244, 274, 305, 335, 366}};
+
+// What julianDay gives: the reverse, kNoDay for a day that does not exist. A year begins with
+// January here; the months come from a table, since a jump by the month is often guessed wrong.
+constexpr std::uint32_t joinDayNumber(int day, int month, int year) {
+  const std::uint32_t d = static_cast<std::uint32_t>(day) - 1;  // none is large, as negative ones
+  const std::uint32_t m = static_cast<std::uint32_t>(month) - 1;
+  const std::uint32_t y = static_cast<std::uint32_t>(year) - 1;
+  if (m >= 12 || y >= 9999) return kNoDay;
+  const bool isLeap = ((y + 1) & ((y + 1) % 100 == 0 ? 15 : 3)) == 0;
+  const std::uint32_t before = kDaysBefore[isLeap][m];
+  if (d >= kDaysBefore[isLeap][m + 1] - before) return kNoDay;
+  const std::uint32_t century = y / 100;
+  return kFirstDay + 1461 * y / 4 - century + century / 4 + before + d;
 }
 
 }  // namespace nomos

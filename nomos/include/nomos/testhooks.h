@@ -36,6 +36,10 @@ NOMOS_API void nosSetInstallDirectory(const char* path);
 // is no single-byte extension of ASCII.
 NOMOS_API bool nosSetCodePage(unsigned codePage);
 
+// What nosIsDTNMode answers: 1 that the designators of the locale are in force, 0 that they are
+// not; -1 returns to the configured answer.
+NOMOS_API void nosSetDTNMode(int mode) noexcept;
+
 // Stops the clock that nosGetCurrentDateTime reads at a date and a time of day; both 0 let it go.
 NOMOS_API void nosSetCurrentDateTime(std::uint32_t date, std::uint32_t time);
 

@@ -1,5 +1,5 @@
-// Calendar arithmetic: a year begins with March, as nomos/marchday.h explains. Divisions by
-// constants become multiplications. And the clock's hook.
+// Calendar arithmetic, as nomos/marchday.h has it inline, with what times of day add to it; and the
+// clock's hook.
 
 #include "nomos/calendar.h"
 
@@ -12,17 +12,6 @@
 
 namespace {
 
-constexpr std::uint32_t kInvalid = 0xFFFFFFFF;
-
-constexpr bool isLeapYear(int year) {
-  return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-}
-
-constexpr int daysIn(int month, int year) {
-  if (month == 2) return isLeapYear(year) ? 29 : 28;
-  return 30 + (month + month / 8) % 2;
-}
-
 constexpr bool isBetween(int value, int low, int high) {
   return value >= low && value <= high;
 }
@@ -33,16 +22,7 @@ std::atomic<std::uint64_t> fixedClock{0};
 }  // namespace
 
 std::uint32_t julianDay(int day, int month, int year) {
-  if (!isBetween(year, 1, 9999) || !isBetween(month, 1, 12) ||
-      !isBetween(day, 1, daysIn(month, year))) {
-    return kInvalid;
-  }
-  const bool isBeforeMarch = month <= 2;
-  const auto y = static_cast<std::uint32_t>(year - isBeforeMarch);
-  const auto m = static_cast<std::uint32_t>(isBeforeMarch ? month + 12 : month);
-  const std::uint32_t yearDays = 365 * y + y / 4 - y / 100 + y / 400;
-  const std::uint32_t monthDays = (979 * m - 2919) / 32;
-  return nomos::kFirstMarch + yearDays + monthDays + static_cast<std::uint32_t>(day - 1);
+  return nomos::joinDayNumber(day, month, year);
 }
 
 void julianToGregorian(std::uint32_t date, int* day, int* month, int* year) {
@@ -60,9 +40,9 @@ void julianToGregorian(std::uint32_t date, int* day, int* month, int* year) {
 DskTimeStamp julianDayTime(int day, int month, int year, int hour, int minute, int second,
                            int millisecond) {
   const std::uint32_t date = julianDay(day, month, year);
-  if (date == kInvalid || !isBetween(hour, 0, 23) || !isBetween(minute, 0, 59) ||
+  if (date == nomos::kNoDay || !isBetween(hour, 0, 23) || !isBetween(minute, 0, 59) ||
       !isBetween(second, 0, 59) || !isBetween(millisecond, 0, 999)) {
-    return {kInvalid, kInvalid};
+    return {nomos::kNoDay, nomos::kNoDay};
   }
   return {date,
           static_cast<std::uint32_t>(((hour * 60 + minute) * 60 + second) * 1000 + millisecond)};

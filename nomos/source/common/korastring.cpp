@@ -22,32 +22,8 @@ std::uint32_t countCharacters(const void* text, std::uint32_t byteCount) {
 
 }  // namespace
 
-// The header in front of a text and its NUL.
-struct KoraBytes::Block {
-  std::uint32_t capacity;  // elements without the NUL
-  std::uint32_t isOnHeap;
-
-  char* text() noexcept { return reinterpret_cast<char*>(this) + kHeaderSize; }
-};
-
-struct KoraBytes::EmptyText {
-  static_assert(sizeof(Block) == kHeaderSize);
-  Block header;
-  char text[8];
-};
-
 // Never written to, so that threads may share it.
 constinit KoraBytes::EmptyText KoraBytes::_empty{{0, 0}, ""};
-
-KoraBytes::KoraBytes(std::uint32_t maximum) noexcept : _data(_empty.text), _maximum(maximum) {}
-
-KoraBytes::~KoraBytes() {
-  _release();
-}
-
-KoraBytes::Block& KoraBytes::_block() const noexcept {
-  return static_cast<Block*>(_data)[-1];
-}
 
 int KoraBytes::_tooLong() const noexcept {
   return kNosBinaryTooLong;
@@ -71,8 +47,8 @@ KoraBytes::Block* KoraBytes::_allocateBlock(std::uint64_t byteCount) const {
   return new (block) Block{static_cast<std::uint32_t>(capacity), 1};
 }
 
-void KoraBytes::_release() noexcept {
-  if (_block().isOnHeap != 0) XHeap::library().release(&_block());
+void KoraBytes::_releaseBlock() noexcept {
+  XHeap::library().release(&_block());
 }
 
 void KoraBytes::_setLength(std::uint32_t byteCount) noexcept {
@@ -111,18 +87,24 @@ void KoraBytes::appendBytes(const void* source, std::uint32_t byteCount) {
   _setLength(static_cast<std::uint32_t>(length));
 }
 
-void KoraBytes::resizeBytes(std::uint32_t byteCount) {
-  _checkLength(byteCount);
-  if (byteCount > _block().capacity) {
-    Block* const block = _allocateBlock(byteCount);
+void* KoraBytes::extendBytes(std::uint32_t byteCount) {
+  const std::uint64_t length = std::uint64_t{_length} + byteCount;
+  _checkLength(length);
+  if (length > _block().capacity) {
+    Block* const block = _allocateBlock(length);
     std::memcpy(block->text(), _data, _length);
     _release();
     _data = block->text();
   }
-  if (byteCount > _length) {
-    std::memset(static_cast<char*>(_data) + _length, 0, byteCount - _length);
-  }
-  _setLength(byteCount);
+  void* const added = static_cast<char*>(_data) + _length;
+  _setLength(static_cast<std::uint32_t>(length));
+  return added;
+}
+
+void KoraBytes::resizeBytes(std::uint32_t byteCount) {
+  if (byteCount <= _length) return _setLength(byteCount);
+  const std::uint32_t added = byteCount - _length;
+  std::memset(extendBytes(added), 0, added);
 }
 
 void KoraBytes::setUtf8(const StringUtf8Info& source) {
@@ -134,7 +116,8 @@ void KoraBytes::appendUtf8(const StringUtf8Info& source) {
 }
 
 void KoraBytes::useMemory(void* memory, std::uint32_t byteCount) noexcept {
-  _restart(static_cast<char*>(memory), byteCount - kHeaderSize);
+  _reset();
+  _useRoom(static_cast<char*>(memory), byteCount - kHeaderSize);
 }
 
 void KoraBytes::_take(KoraBytes& source) {
@@ -150,18 +133,6 @@ void KoraBytes::_take(KoraBytes& source) {
   _length = source._length;
   source._data = _empty.text;
   source._length = 0;
-}
-
-void KoraBytes::_restart(char* memory, std::uint32_t room) noexcept {
-  _release();
-  _data = (new (memory) Block{room - 1, 0})->text();
-  _setLength(0);
-}
-
-void KoraBytes::_reset() noexcept {
-  _release();
-  _data = _empty.text;
-  _length = 0;
 }
 
 bool KoraBytes::_equals(const KoraBytes& other) const noexcept {
@@ -247,7 +218,6 @@ KoraInlineString& KoraInlineString::operator=(const KoraInlineString& other) {
   return *this;
 }
 
-// The base class must not find a block that is already gone.
-KoraInlineString::~KoraInlineString() {
-  _reset();
+int KoraInlineString::_tooLong() const noexcept {
+  return kNosStringTooLong;
 }

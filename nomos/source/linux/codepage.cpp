@@ -1,6 +1,7 @@
-// Code pages through ICU, which lies behind a module of its own (libnomos_icu.so beside this
-// library) that is opened when the first one is asked for. Without the module Windows-1252 remains.
+// Code pages through ICU, and the module behind which it lies: libnomos_icu.so beside this library,
+// opened when it is first needed. Without the module Windows-1252 remains.
 
+#include "linux/icumodule.h"
 #include "linux/libraryfolder.h"
 #include "platform.h"
 
@@ -16,14 +17,20 @@ constexpr unsigned kDefault = 1252;
 
 using Loader = bool (*)(unsigned number, CodePage* table);
 
-// The module stays open for the life of the process.
-Loader findLoader() {
-  const std::string folder = libraryFolder();
-  // A name without a folder would be looked for wherever the loader looks.
-  if (folder.empty()) return nullptr;
-  void* const module = dlopen((folder + "libnomos_icu.so").c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (module == nullptr) return nullptr;
-  void* const entry = dlsym(module, "nomosIcuLoadCodePage");
+// Null without the module.
+void* openModule() noexcept {
+  try {
+    const std::string folder = libraryFolder();
+    // A name without a folder would be looked for wherever the loader looks.
+    if (folder.empty()) return nullptr;
+    return dlopen((folder + "libnomos_icu.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+Loader findLoader() noexcept {
+  void* const entry = findIcuEntry("nomosIcuLoadCodePage");
   Loader loader;
   static_assert(sizeof loader == sizeof entry);
   std::memcpy(&loader, &entry, sizeof loader);
@@ -63,14 +70,13 @@ void fillWindows1252(CodePage& table) {
 
 }  // namespace
 
+void* findIcuEntry(const char* name) noexcept {
+  static void* const module = openModule();
+  return module != nullptr ? dlsym(module, name) : nullptr;
+}
+
 bool loadCodePage(unsigned number, CodePage& table) {
-  static const Loader loader = [] {
-    try {
-      return findLoader();
-    } catch (const std::bad_alloc&) {
-      return Loader{};
-    }
-  }();
+  static const Loader loader = findLoader();
   if (number == 0) number = kDefault;
   if (loader != nullptr) return loader(number, &table);
   if (number != kDefault) return false;

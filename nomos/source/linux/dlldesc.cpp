@@ -3,6 +3,7 @@
 
 #include "nomos/dlldesc.h"
 
+#include "linux/icumodule.h"
 #include "platform.h"
 
 #include <dlfcn.h>
@@ -25,6 +26,14 @@ constexpr unsigned kPathRoom = 640;
 
 bool fits(int length, unsigned size) {
   return length >= 0 && static_cast<unsigned>(length) < size;
+}
+
+unsigned copyCut(const char* text, char* buffer, unsigned size) {
+  if (size == 0) return 0;
+  const std::size_t length = std::min<std::size_t>(std::strlen(text), size - 1);
+  std::memcpy(buffer, text, length);
+  buffer[length] = '\0';
+  return static_cast<unsigned>(length);
 }
 
 }  // namespace
@@ -59,16 +68,22 @@ void* findEntry(void* library, const char* entry) noexcept {
 }
 
 unsigned copyLibraryPath(void* library, char* buffer, unsigned size) noexcept {
-  if (size == 0) return 0;
   const link_map* map = nullptr;
-  const char* const path = dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 ? map->l_name : "";
-  const std::size_t length = std::min<std::size_t>(std::strlen(path), size - 1);
-  std::memcpy(buffer, path, length);
-  buffer[length] = '\0';
-  return static_cast<unsigned>(length);
+  return copyCut(dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 ? map->l_name : "", buffer, size);
 }
 
 }  // namespace nomos::platform
+
+bool nosDescribeLocaleLibrary(char* path, unsigned pathSize, char* version,
+                              unsigned versionSize) noexcept {
+  using namespace nomos::platform;
+  void* const address = findIcuEntry("nomosIcuVersion");
+  Dl_info module;
+  const bool isFound = address != nullptr && dladdr(address, &module) != 0;
+  copyCut(isFound ? module.dli_fname : "", path, pathSize);
+  copyCut(isFound ? reinterpret_cast<const char* (*)()>(address)() : "", version, versionSize);
+  return isFound;
+}
 
 void* nosFindExport(const char* name) noexcept {
   Dl_info self;

@@ -106,6 +106,20 @@ unsigned copyLibraryPath(void* library, char* buffer, unsigned size) noexcept {
 
 }  // namespace nomos::platform
 
+// GetVersionEx shows programs an older system than there is.
+bool nosDescribeLocaleLibrary(char* path, unsigned pathSize, char* version,
+                              unsigned versionSize) noexcept {
+  using namespace nomos::platform;
+  copyLibraryPath(GetModuleHandleA("kernel32.dll"), path, pathSize);
+  OSVERSIONINFOW system{};
+  system.dwOSVersionInfoSize = sizeof system;
+  void* const address = entryOf(GetModuleHandleA("ntdll.dll"), "RtlGetVersion");
+  if (address != nullptr) reinterpret_cast<LONG(WINAPI*)(OSVERSIONINFOW*)>(address)(&system);
+  std::snprintf(version, versionSize, "%lu.%lu.%lu", system.dwMajorVersion, system.dwMinorVersion,
+                system.dwBuildNumber);
+  return true;
+}
+
 void* nosFindExport(const char* name) noexcept {
   return nomos::platform::entryOf(nomos::platform::selfModule(), name);
 }

@@ -5,6 +5,8 @@
 
 #include <unicode/uchar.h>
 #include <unicode/ucnv.h>
+#include <unicode/uversion.h>
+#include <array>
 #include <cstdio>
 #include <memory>
 #include <utility>
@@ -70,4 +72,16 @@ extern "C" __attribute__((visibility("default"))) bool nomosIcuLoadCodePage(unsi
     }
   }
   return true;
+}
+
+// The version of ICU that is loaded, which may be later than that of its headers.
+extern "C" __attribute__((visibility("default"))) const char* nomosIcuVersion() {
+  static const auto text = [] {
+    UVersionInfo numbers;
+    std::array<char, U_MAX_VERSION_STRING_LENGTH> made{};
+    u_getVersion(numbers);
+    u_versionToString(numbers, made.data());
+    return made;
+  }();
+  return text.data();
 }
