@@ -1,5 +1,5 @@
-// Dates, times of day, timestamps, intervals and offsets: taken apart, named, and rendered as text.
-// docs/formats/datetime.md shows the stored forms.
+// Dates, times of day, timestamps, intervals and offsets: taken apart, named, rendered as text and
+// read from text. docs/formats/datetime.md shows the stored forms and the texts.
 //
 //   date      Julian day number: 1 January 1970 is 2440588; 0 is no date, 0xFFFFFFFF invalid. A
 //             number that leaves 0 when divided by 7 is a Monday.
@@ -87,6 +87,66 @@ NOMUTIL_API void literalFormatTimeStamp(DskTimeStamp stamp, char* buffer, unsign
 // "2024/01/05" and "14:07:09.042". Return the buffer.
 NOMUTIL_API char* formatDateYMD(unsigned date, char* buffer, unsigned length);
 NOMUTIL_API char* formatElapsedTime(unsigned milliseconds, char* buffer, unsigned length);
+
+// ---- Reading ----
+// The readers take a text, up to its NUL, as people and configuration files have it. Any characters
+// but letters and digits may separate the items of a date and of a time; white space (blank, TAB,
+// LF, VT, FF, CR) may stand around them. What else follows the value makes the text invalid. The
+// code page says which characters are letters. Every failure, a null text too, is the invalid value
+// of the result, and nothing is logged. Functions with a result set it always, and return it.
+//
+// A date is day-month-year, year-month-day (year of exactly four characters, or of more than one
+// and a ':' behind it) or month-day-year with the month as a word, which is an English name or its
+// first three letters, in any case. A year of one or two characters is what nosGetYearGivenYY makes
+// of it. Empty text is the null date; a day that does not exist is invalid.
+//
+//   25/12/2023   25-Dec-2023   December 25, 2023   2023-12-25   23:12:25
+//
+// A time has hours and minutes, and may have seconds, a fraction of a second, and "am", "a.m.",
+// "pm" or "p.m." in any case, with which hours go to 12. A fraction of three digits is milliseconds
+// and any other is cut to them. The hours alone are not checked, but the time is below 24:00; more
+// than 1193 hours wrap around at 2^32 milliseconds and may pass for a time of day.
+//
+//   10:30   10.30 p.m.   10:30:15.5
+
+NOMUTIL_API unsigned extractDate(const char* text);
+NOMUTIL_API unsigned extractTime(const char* text);
+
+// A date, and a time behind it, or none for midnight. Empty text is the null timestamp, (0, 0).
+NOMUTIL_API DskTimeStamp& extractTimeStamp(const char* text, DskTimeStamp& result);
+
+// The same with the morning and afternoon designators of the thread's locale, where these are in
+// force (nosIsDTNMode); where they are not, a designator makes the text invalid, an English one
+// too.
+NOMUTIL_API DskTimeStamp& extractTimeStampForEnhancedLocale(const char* text, DskTimeStamp& result);
+
+// "-1 02:03:04.005" or "-1:02:03:04.005": days, none for 0, then a time, which must not be absent.
+// A '-' in front counts for both. At most 622,191,233 days. What follows the time is not looked at.
+NOMUTIL_API DskTimeStampInterval& extractTimeStampInterval(const char* text,
+                                                           DskTimeStampInterval& result);
+
+// "25/12/2023 10:30:00 +1300": a date, a time without a fraction, then a zone of hours and minutes
+// as one number, within 14 hours. Time and zone may be absent, for 0; but the zone only together
+// with the time, and seconds must not be absent where a zone follows. A text that goes on, or a
+// zone too far, is wholly invalid; a failed date or time is 0xFFFFFFFF in its field alone.
+NOMUTIL_API DskTimeStampOffset& extractTimeStampOffset(const char* text,
+                                                       DskTimeStampOffset& result);
+
+// A date in the thread's locale (nomos/localedate.h): in the order of its short form with a month
+// of digits (a name too, where the day stands first), or of its long form with the month's name; a
+// day's name may stand in front. The separator of the locale, blank, ',' and TAB separate the
+// items. The year is that of the locale's calendar.
+NOMUTIL_API unsigned extractDateForCurrentLocale(const char* text);
+
+// Such a date, and a time as extractTimeStamp takes it. Date and time fail each for itself: where
+// no more than white space follows, one may be 0xFFFFFFFF and the other valid. Check both.
+NOMUTIL_API DskTimeStamp& extractDateTimeForCurrentLocale(const char* text, DskTimeStamp& result);
+
+// Where a reader of timestamps stops: the offset behind the last character that was of use to it.
+// It is the length of the text where that can be read, and also where only the value is impossible
+// or something is missing at the end. forCurrentLocale chooses extractDateTimeForCurrentLocale
+// instead of extractTimeStamp. 0 for a null text.
+NOMUTIL_API std::size_t findTimeStampStop(const char* text, bool forCurrentLocale);
 
 // ---- Locale ----
 
