@@ -63,6 +63,8 @@ int decodeBase64(const Base64Kernels& with, const char* text, std::size_t length
     const Progress clean = with.decode(text, static_cast<std::size_t>(end - text), to);
     text += clean.read;
     to += clean.written;
+    kept = 0;
+    if (text == end) break;
 
     // The next part is sorted, and on to the end of its last group.
     const std::size_t part = std::min(kPart, static_cast<std::size_t>(end - text));

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kBytes = 24;
 constexpr std::size_t kCharacters = 32;
+constexpr std::size_t kGroups = kBytes / 3;
 
 bool isUsable() {
   __builtin_cpu_init();
@@ -27,6 +28,12 @@ NOMUTIL_AVX2 __m256i load(const void* from) {
 }
 NOMUTIL_AVX2 void store(void* to, __m256i vector) {
   _mm256_storeu_si256(static_cast<__m256i*>(to), vector);
+}
+// The first count words of 32 bits, 0 to 8; no more is read, and zeros stand behind them.
+NOMUTIL_AVX2 __m256i load(const char* from, std::size_t count) {
+  const __m256i isRead = _mm256_cmpgt_epi32(_mm256_set1_epi32(static_cast<int>(count)),
+                                            _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
+  return _mm256_maskload_epi32(reinterpret_cast<const int*>(from), isRead);
 }
 
 // 24 bytes as 32 characters. Neither load reaches beyond the 24: the high one starts 4 bytes early.
@@ -44,24 +51,29 @@ NOMUTIL_AVX2 void encodeBlock(const std::uint8_t* bytes, char* text) {
   const __m256i odd = _mm256_mullo_epi16(_mm256_and_si256(words, _mm256_set1_epi32(0x003F03F0)),
                                          _mm256_set1_epi32(0x01000010));
   const __m256i sextets = _mm256_or_si256(even, odd);
-  // The range of a sextet (0 for a-z, 1 to 10 for the digits, 11 '+', 12 '/', 13 for A-Z) selects
+  // The range of a sextet (0 for A-Z, 1 for a-z, 2 to 11 for the digits, 12 '+', 13 '/') selects
   // what is to be added.
-  const __m256i below = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), sextets);
-  const __m256i range = _mm256_or_si256(_mm256_subs_epu8(sextets, _mm256_set1_epi8(51)),
-                                        _mm256_and_si256(below, _mm256_set1_epi8(13)));
+  const __m256i isNotUpper = _mm256_cmpgt_epi8(sextets, _mm256_set1_epi8(25));
+  const __m256i range =
+      _mm256_sub_epi8(_mm256_subs_epu8(sextets, _mm256_set1_epi8(51)), isNotUpper);
   const __m256i offsets =
-      _mm256_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                       '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0,  //
-                       'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                       '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0);
+      _mm256_setr_epi8('A', 'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+                       '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 0, 0,  //
+                       'A', 'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+                       '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 0, 0);
   store(text, _mm256_add_epi8(sextets, _mm256_shuffle_epi8(offsets, range)));
 }
 
+// The last block overlaps the one before it.
 NOMUTIL_AVX2 void encode(const std::uint8_t* bytes, std::size_t groups, char* text) {
-  for (; groups >= kBytes / 3; groups -= kBytes / 3, bytes += kBytes, text += kCharacters) {
+  if (groups < kGroups) {
+    kPortableBase64.encode(bytes, groups, text);
+    return;
+  }
+  for (; groups > kGroups; groups -= kGroups, bytes += kBytes, text += kCharacters) {
     encodeBlock(bytes, text);
   }
-  kPortableBase64.encode(bytes, groups, text);
+  encodeBlock(bytes + 3 * groups - kBytes, text + 4 * groups - kCharacters);
 }
 
 // A line is three blocks, of which the last overlaps the second.
@@ -107,42 +119,72 @@ NOMUTIL_AVX2 Translated translate(__m256i text) {
   return {_mm256_add_epi8(text, offset), errors};
 }
 
-// 32 sextets as 24 bytes. Eight more are written.
-NOMUTIL_AVX2 void packBlock(__m256i sextets, std::uint8_t* bytes) {
+// 32 sextets as 24 bytes and 8 that do not count.
+NOMUTIL_AVX2 __m256i packBlock(__m256i sextets) {
   const __m256i pairs = _mm256_maddubs_epi16(sextets, _mm256_set1_epi32(0x01400140));
   const __m256i groups = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
   const __m256i order = _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
                                          2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
   const __m256i halves = _mm256_shuffle_epi8(groups, order);
-  store(bytes, _mm256_permutevar8x32_epi32(halves, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7)));
+  return _mm256_permutevar8x32_epi32(halves, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
 }
 
+// False, with whatever written, when not all of the 32 characters have sextets.
 NOMUTIL_AVX2 bool decodeBlock(const char* text, std::uint8_t* bytes) {
   const auto [sextets, errors] = translate(load(text));
-  if (!_mm256_testz_si256(errors, errors)) return false;
-  packBlock(sextets, bytes);
-  return true;
+  store(bytes, packBlock(sextets));
+  return _mm256_testz_si256(errors, errors) != 0;
+}
+
+// The groups before the first character that has no sextet.
+NOMUTIL_AVX2 std::size_t cleanGroups(const Translated& block) {
+  const __m256i keeps = _mm256_cmpeq_epi8(block.errors, _mm256_setzero_si256());
+  const auto keepBits = static_cast<std::uint32_t>(_mm256_movemask_epi8(keeps));
+  return static_cast<std::size_t>(std::countr_one(keepBits)) / 4;
+}
+
+// A line of 76 characters in three blocks, of which the last overlaps the second.
+NOMUTIL_AVX2 bool decodeLine(const char* text, std::uint8_t* bytes) {
+  return decodeBlock(text, bytes) && decodeBlock(text + kCharacters, bytes + kBytes) &&
+         decodeBlock(text + kLineCharacters - kCharacters, bytes + kLineBytes - kBytes);
 }
 
 NOMUTIL_AVX2 Progress decode(const char* text, std::size_t length, std::uint8_t* bytes) {
-  Progress progress{0, 0};
-  while (length - progress.read >= kCharacters) {
-    const char* const at = text + progress.read;
-    std::uint8_t* const to = bytes + progress.written;
-    if (length - progress.read >= kLineSize && isLineEnd(at + kLineCharacters) &&
-        decodeBlock(at, to) && decodeBlock(at + kCharacters, to + kBytes) &&
-        decodeBlock(at + kLineCharacters - kCharacters, to + kLineBytes - kBytes)) {
-      progress.read += kLineSize;
-      progress.written += kLineBytes;
-    } else if (decodeBlock(at, to)) {
-      progress.read += kCharacters;
-      progress.written += kBytes;
-    } else {
-      return progress;
+  const char* const end = text + length;
+  const char* at = text;
+  std::uint8_t* to = bytes;
+  const auto left = [&] { return static_cast<std::size_t>(end - at); };
+  const auto progress = [&]() -> Progress {
+    return {static_cast<std::size_t>(at - text), static_cast<std::size_t>(to - bytes)};
+  };
+  const auto advance = [&](std::size_t groups) {
+    at += 4 * groups;
+    to += 3 * groups;
+  };
+  for (;;) {
+    while (left() >= kLineSize && isLineEnd(at + kLineCharacters) && decodeLine(at, to)) {
+      at += kLineSize;
+      to += kLineBytes;
     }
+    while (left() >= kCharacters && !isLineBreak(*at) && decodeBlock(at, to)) advance(kGroups);
+    if (left() < kCharacters) break;
+    // A line of another length ends here, or the text is no longer clean.
+    const std::size_t groups = isLineBreak(*at) ? 0 : cleanGroups(translate(load(at)));
+    if (!isLineBreak(at[4 * groups])) return progress();
+    advance(groups);
+    do ++at;
+    while (at != end && isLineBreak(*at));
   }
-  decodeGroups(text, length, bytes, progress);
-  return progress;
+  Progress done = progress();
+  if (length - done.written < kCharacters) {
+    decodeGroups(text, length, bytes, done);
+    return done;
+  }
+  // The groups of the rest, behind which zeros are read as junk. There is room for a whole block.
+  const Translated rest = translate(load(at, left() / 4));
+  store(to, packBlock(rest.sextets));
+  advance(cleanGroups(rest));
+  return progress();
 }
 
 NOMUTIL_AVX2 std::size_t filter(const char* text, std::size_t length, std::uint8_t* sextets) {
@@ -159,20 +201,28 @@ NOMUTIL_AVX2 std::size_t filter(const char* text, std::size_t length, std::uint8
     std::uint64_t eights[4], masks[4];
     store(eights, part.sextets);
     store(masks, keeps);
+    // Each place is counted from the beginning, so that none waits for the one before it.
     for (unsigned k = 0; k < 4; ++k) {
       const std::uint64_t some = _pext_u64(eights[k], masks[k]);
-      std::memcpy(sextets + kept, &some, sizeof some);
-      kept += static_cast<std::size_t>(std::popcount(keepBits >> (8 * k) & 0xFF));
+      const int before = std::popcount(_bzhi_u32(keepBits, 8 * k));
+      std::memcpy(sextets + kept + before, &some, sizeof some);
     }
+    kept += static_cast<std::size_t>(std::popcount(keepBits));
   }
   return kept + kPortableBase64.filter(text + i, length - i, sextets + kept);
 }
 
 NOMUTIL_AVX2 void pack(const std::uint8_t* sextets, std::size_t groups, std::uint8_t* bytes) {
-  for (; groups >= kBytes / 3; groups -= kBytes / 3, sextets += kCharacters, bytes += kBytes) {
-    packBlock(load(sextets), bytes);
+  std::size_t room = 4 * groups;
+  for (; groups >= kGroups; groups -= kGroups, sextets += kCharacters, bytes += kBytes) {
+    store(bytes, packBlock(load(sextets)));
+    room -= kBytes;
   }
-  kPortableBase64.pack(sextets, groups, bytes);
+  if (room >= kCharacters) {
+    store(bytes, packBlock(load(sextets)));
+  } else {
+    kPortableBase64.pack(sextets, groups, bytes);
+  }
 }
 
 }  // namespace
