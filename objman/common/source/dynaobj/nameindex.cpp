@@ -1,0 +1,44 @@
+// The memory of the index of property names, which holds its entries behind it.
+
+#include "nameindex.h"
+
+#include "nomos/heap.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <new>
+
+namespace nomutil::dynaobj {
+
+// Half of the entries stay free, so that a search is short.
+NameIndex* NameIndex::create(std::uint32_t count) {
+  constexpr std::uint32_t kLeastEntries = 16;
+  const std::uint32_t entries = std::bit_ceil(std::max(kLeastEntries, count * 4));
+  static_assert(sizeof(NameIndex) % alignof(Entry) == 0);
+  void* const memory =
+      XHeap::library().allocate(sizeof(NameIndex) + std::size_t{entries} * sizeof(Entry));
+  if (memory == nullptr) return nullptr;
+  NameIndex* const index = new (memory) NameIndex(entries - 1);
+  std::fill_n(index->_entries(), entries, Entry{0, kNoPosition});
+  return index;
+}
+
+void NameIndex::release(NameIndex* index) {
+  XHeap::library().release(index);
+}
+
+bool NameIndex::append(std::uint32_t hash) {
+  if (_count > _mask / 2) return false;
+  const std::uint32_t position = _count++;
+  for (std::uint32_t i = 0; i < kMaximumDistance; ++i) {
+    Entry& entry = _entries()[(hash + i) & _mask];
+    if (entry.position != kNoPosition) continue;
+    entry = {hash, position};
+    return true;
+  }
+  _firstLeftOut = std::min(_firstLeftOut, position);
+  return true;
+}
+
+}  // namespace nomutil::dynaobj
