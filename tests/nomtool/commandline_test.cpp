@@ -56,7 +56,7 @@ TEST(CommandLine, PrintsTheExactResultOrWhyThereIsNone) {
         "date     2460315\ntime     0\ntext     05 January 2024\nliteral  2024:01:05\n"
         "fixed    2024/01/05\nday      Friday\n",
         ""}},
-      {"date x", {1, "", "\"x\": " + kRefused}},
+      {"date x", {1, "", "x\n ^\nthe reader stops at offset 1: " + kRefused}},
       {"oid 110000000000000000084000",
        {0,
         "general    [2048.17 (t)]\nlong       [2048.17 (transient)]\n"
@@ -74,6 +74,11 @@ TEST(CommandLine, PrintsTheExactResultOrWhyThereIsNone) {
        {0,
         "format  DSKKORABINARY\nheader  21 00 00 00 00 00 00 00\nvalue   pointers\n"
         "text    de ad \nimage   de ad\n",
+        ""}},
+      {"param DSKCSTRING -1",
+       {0,
+        "format  DSKCSTRING\nheader  01 00 00 00 00 00 00 00\nvalue   pointers\n"
+        "text    -1\nimage   2d 31\n",
         ""}},
       {"param 4 2147483648", {1, "", "\"2147483648\": " + kRefused}},
       {"param 9 x", {2, "", "nomtool: \"9\" is no format; see nomtool formats\n"}},

@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "storednumber.h"
 #include "tablefigures.h"
+#include "valuetext.h"
 
 #include "sys/messages.h"
 
@@ -26,20 +27,6 @@ constexpr std::array kHeadings = {"column",   "count",   "missing", "refused",
                                   "smallest", "largest", "sum",     "mean"};
 using Cells = std::array<std::string, kHeadings.size()>;
 using Widths = std::array<std::size_t, kHeadings.size()>;
-
-// The byte that a --delimiter argument names, if it names one that can lie between fields.
-std::optional<char> delimiterByte(const std::string& text) {
-  if (text == "\\t" || text == "tab") return '\t';
-  if (text.size() != 1 || text.find_first_of("\"\r\n") != std::string::npos) return std::nullopt;
-  return text.front();
-}
-
-// Characters of a UTF-8 text, counted by the bytes that begin one.
-std::size_t widthOf(const std::string& text) {
-  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0u) != 0x80u;
-  }));
-}
 
 std::size_t pointOf(const std::string& text) {
   return std::min(text.find('.'), text.size());

@@ -2,6 +2,8 @@
 // A digit without its partner, or anything else than digits and blanks, is no value.
 #include "valuetext.h"
 
+#include <algorithm>
+
 namespace nomtool {
 
 std::optional<std::string> bytesFromHex(std::string_view digits) {
@@ -31,6 +33,18 @@ std::string hexOf(const void* bytes, std::size_t count) {
     text += kDigits[byte[i] & 15];
   }
   return text;
+}
+
+std::size_t widthOf(std::string_view text) {
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
+    return (static_cast<unsigned char>(c) & 0xC0u) != 0x80u;
+  }));
+}
+
+std::optional<char> delimiterByte(std::string_view text) {
+  if (text == "\\t" || text == "tab") return '\t';
+  if (text.size() != 1 || text.find_first_of("\"\r\n") != text.npos) return std::nullopt;
+  return text.front();
 }
 
 }  // namespace nomtool

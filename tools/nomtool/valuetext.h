@@ -10,11 +10,11 @@
 
 namespace nomtool {
 
-// The whole text as a number of type T; a real may have an exponent.
-template <class T>
-std::optional<T> numberOf(std::string_view text) {
+// The whole text as a number of type T; a real may have an exponent, an integer another base.
+template <class T, class... Base>
+std::optional<T> numberOf(std::string_view text, Base... base) {
   T value{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base...);
   if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
   return value;
 }
@@ -24,6 +24,13 @@ std::optional<std::string> bytesFromHex(std::string_view digits);
 
 // Two digits and a blank for each byte, without the last blank.
 std::string hexOf(const void* bytes, std::size_t count);
+
+// Characters of a UTF-8 text, counted by the bytes that begin one.
+std::size_t widthOf(std::string_view text);
+
+// The byte that an argument names as a delimiter, "tab" and "\\t" too, if it can lie between
+// fields.
+std::optional<char> delimiterByte(std::string_view text);
 
 }  // namespace nomtool
 

@@ -1,0 +1,73 @@
+// Streams over KoraFile. The name of a file that is being written has a number by chance, so that
+// two programs may write the same one: the last to end wins, whole.
+#include "bytestream.h"
+
+#include "nomos/lasterror.h"
+
+#include <random>
+#include <system_error>
+
+namespace nomtool {
+namespace {
+
+constexpr const char* kStandard = "-";
+
+}  // namespace
+
+StreamFault::StreamFault(const std::string& name)
+    : std::runtime_error(name + ": " +
+                         std::system_category().message(static_cast<int>(nosGetLastError()))) {}
+
+ByteReader::ByteReader(const std::string& path)
+    : _name(path == kStandard ? "standard input" : path) {
+  const bool isOpen =
+      path == kStandard ? _file.openStandard(NosStream::Input) : _file.openReadOnly(path.c_str());
+  if (!isOpen) throw StreamFault(_name);
+}
+
+std::size_t ByteReader::read(void* buffer, std::size_t byteCount) {
+  const std::int64_t count = _file.read(buffer, static_cast<std::uint32_t>(byteCount));
+  if (count < 0) throw StreamFault(_name);
+  return static_cast<std::size_t>(count);
+}
+
+std::optional<std::uint64_t> ByteReader::size() const {
+  const std::int64_t size = _file.size();
+  return size < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(size));
+}
+
+ByteWriter::ByteWriter(const std::string& path) : _path(path) {
+  if (path == kStandard) {
+    _path = "standard output";
+    if (!_file.openStandard(NosStream::Output)) throw StreamFault(_path);
+  } else if (!_file.openDevice(path.c_str())) {
+    const std::string part = path + ".part" + std::to_string(std::random_device()());
+    if (!_file.createNew(part.c_str())) throw StreamFault(_path);
+    _part = part;
+  }
+}
+
+ByteWriter::~ByteWriter() {
+  _file.close();
+  if (!_part.empty()) nosDeleteFile(_part.c_str());
+}
+
+void ByteWriter::write(std::string_view bytes) {
+  if (!_file.write(bytes.data(), static_cast<std::uint32_t>(bytes.size()))) {
+    throw StreamFault(_path);
+  }
+}
+
+void ByteWriter::commit() {
+  if (_part.empty()) return;
+  if (!_file.flush()) throw StreamFault(_path);
+  _file.close();
+  if (!nosReplaceFile(_part.c_str(), _path.c_str())) throw StreamFault(_path);
+  _part.clear();
+}
+
+bool ByteWriter::isTerminal() const {
+  return _path == "standard output" && nosIsTerminal(NosStream::Output);
+}
+
+}  // namespace nomtool

@@ -1,0 +1,16 @@
+// A stream as a file of compressed blocks, and back.
+#include "blockfile.h"
+#include "commands.h"
+
+namespace nomtool {
+
+int compressCommand(const CompressOptions& options, std::ostream& out, std::ostream& err) {
+  return runTransfer(options.streams, out, err,
+                     [&](Transfer& transfer) { compressStream(transfer, options.level); });
+}
+
+int uncompressCommand(const UncompressOptions& options, std::ostream& out, std::ostream& err) {
+  return runTransfer(options.streams, out, err, uncompressStream);
+}
+
+}  // namespace nomtool

@@ -1,0 +1,28 @@
+// Streams that fail are the machine's; what else is thrown is about the data.
+#include "runcommand.h"
+
+#include "bytestream.h"
+#include "commands.h"
+#include "runprogress.h"
+
+#include <exception>
+
+namespace nomtool {
+
+int runCommand(std::ostream& err, const std::function<void()>& work) {
+  try {
+    work();
+    return kExitDone;
+  } catch (const Interrupted& stop) {
+    err << stop.what() << "; nothing was written\n";
+    return kExitInterrupted;
+  } catch (const StreamFault& fault) {
+    err << fault.what() << '\n';
+    return kExitUsage;
+  } catch (const std::exception& refused) {
+    err << refused.what() << '\n';
+    return kExitRefused;
+  }
+}
+
+}  // namespace nomtool

@@ -1,0 +1,143 @@
+// Damage is skipped to the next mark of a block or a trailer whose checksum is right. Rows are lost
+// between the last block before it and the first one behind it, as their row numbers tell.
+#include "snapshotreader.h"
+
+#include <algorithm>
+
+namespace nomtool {
+namespace {
+
+constexpr std::size_t kReadSize = 1u << 18;
+constexpr std::string_view kTrailerMark = "NEND";
+constexpr const char* kCut = "the file is cut";
+
+}  // namespace
+
+std::string placeOf(std::uint32_t block, std::uint64_t offset) {
+  return "block " + std::to_string(block) + " at offset " + std::to_string(offset);
+}
+
+SnapshotReader::SnapshotReader(const std::string& path, bool salvage)
+    : _reader(path), _salvage(salvage) {
+  try {
+    std::optional<std::size_t> length;
+    for (std::size_t held = 1; !length; held = _held.size() + 1) {
+      const bool isHeld = _hold(held);
+      length = SnapshotSchema::headerLength(_held);
+      if (!isHeld && !length) throw DamagedSnapshot(kCut);
+    }
+    if (!_hold(*length)) throw DamagedSnapshot(kCut);
+    _schema = SnapshotSchema::fromHeader(std::string_view(_held).substr(0, *length));
+    _drop(*length);
+  } catch (const DamagedSnapshot& damage) {
+    throw RefusedSnapshot(_reader.name(), "header", damage.what());
+  }
+}
+
+std::optional<std::uint64_t> SnapshotReader::blocksEnd() const {
+  const std::optional<std::uint64_t> size = _reader.size();
+  return size && *size > kTrailerSize ? std::optional(*size - kTrailerSize) : size;
+}
+
+// Reads until so many bytes are held; false when the file has fewer.
+bool SnapshotReader::_hold(std::size_t count) {
+  while (_held.size() < count && !_isAtEnd) {
+    const std::size_t length = _held.size();
+    const std::size_t wanted = std::max(kReadSize, count - length);
+    _held.resize(length + wanted);
+    const std::size_t read = _reader.read(_held.data() + length, wanted);
+    _held.resize(length + read);
+    _isAtEnd = read < wanted;
+  }
+  return _held.size() >= count;
+}
+
+void SnapshotReader::_drop(std::size_t count) {
+  _held.erase(0, count);
+  _offset += count;
+}
+
+bool SnapshotReader::next(SnapshotBlock& block, std::string& bytes, std::uint64_t& offset) {
+  for (;;) {
+    try {
+      offset = _offset;
+      return _take(block, bytes);
+    } catch (const DamagedSnapshot& damage) {
+      if (!_salvage) {
+        throw RefusedSnapshot(_reader.name(), placeOf(_blockNumber, _offset), damage.what());
+      }
+      if (_damage.empty()) _damage = "offset " + std::to_string(_offset) + ": " + damage.what();
+      if (!_skipDamage()) {
+        _losses.push_back(_damage + ": rows " + std::to_string(_row + 1) +
+                          " and following are lost, if there were any");
+        return false;
+      }
+    }
+  }
+}
+
+// The next block or, false, the trailer. Throws DamagedSnapshot.
+bool SnapshotReader::_take(SnapshotBlock& block, std::string& bytes) {
+  if (!_hold(kBlockHeaderSize)) throw DamagedSnapshot(kCut);
+  if (isTrailer(_held)) {
+    _takeTrailer();
+    return false;
+  }
+  const std::string_view header = std::string_view(_held).substr(0, kBlockHeaderSize);
+  const SnapshotBlock found = blockFrom(header);
+  if (!_hold(kBlockHeaderSize + found.length)) throw DamagedSnapshot(kCut);
+  const std::string_view held = std::string_view(_held).substr(0, kBlockHeaderSize + found.length);
+  if (!isIntact(held.substr(0, kBlockHeaderSize), held.substr(kBlockHeaderSize))) {
+    throw DamagedSnapshot("the checksum differs");
+  }
+  const bool isNext = found.number == _blockNumber && found.firstRow == _row;
+  const bool isLater = found.number > _blockNumber && found.firstRow >= _row;
+  if (!isNext && !(_salvage && isLater)) throw DamagedSnapshot("the block is not in its place");
+  _lose(found.firstRow);
+  block = found;
+  bytes = held.substr(kBlockHeaderSize);
+  _blockNumber = found.number + 1;
+  _row = found.firstRow + found.rowCount;
+  _drop(held.size());
+  return true;
+}
+
+void SnapshotReader::_takeTrailer() {
+  if (!_hold(kTrailerSize)) throw DamagedSnapshot(kCut);
+  const SnapshotTrailer trailer = trailerFrom(std::string_view(_held).substr(0, kTrailerSize));
+  const bool isWhole = trailer.blockCount == _blockNumber && trailer.rowCount == _row;
+  if (!isWhole && (!_salvage || trailer.rowCount < _row)) {
+    throw DamagedSnapshot("the trailer counts other rows");
+  }
+  if (_hold(kTrailerSize + 1)) throw DamagedSnapshot("something follows the trailer");
+  _lose(trailer.rowCount);
+  _trailer = trailer;
+  _drop(kTrailerSize);
+}
+
+// The next mark becomes what is held first; false when there is none.
+bool SnapshotReader::_skipDamage() {
+  if (!_hold(1)) return false;
+  _drop(1);
+  for (;;) {
+    const std::size_t at = std::min(_held.find(kBlockMark), _held.find(kTrailerMark));
+    if (at != _held.npos) {
+      _drop(at);
+      return true;
+    }
+    _drop(_held.size() - std::min(_held.size(), kBlockMark.size() - 1));
+    if (!_hold(_held.size() + 1)) return false;
+  }
+}
+
+// Notes the damage that was skipped, and the rows up to the one that follows.
+void SnapshotReader::_lose(std::uint64_t rowEnd) {
+  if (_damage.empty() && rowEnd == _row) return;
+  if (_damage.empty()) _damage = "offset " + std::to_string(_offset) + ": blocks are missing";
+  _losses.push_back(_damage + (rowEnd == _row ? ": no row is lost"
+                                              : ": rows " + std::to_string(_row + 1) + " to " +
+                                                    std::to_string(rowEnd) + " are lost"));
+  _damage.clear();
+}
+
+}  // namespace nomtool
