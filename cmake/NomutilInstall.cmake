@@ -24,6 +24,9 @@ install(FILES ${NOMUTIL_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/sys ${PROJECT_SOURCE_DIR}/nomos/include/nomos
   DESTINATION ${nomutil_include} FILES_MATCHING PATTERN *.h)
 
+install(FILES ${PROJECT_SOURCE_DIR}/bindings/python/nomutil.py
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/nomutil/python)
+
 install(EXPORT nomutilTargets NAMESPACE nomutil:: DESTINATION ${nomutil_config})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/nomutilConfig.cmake.in
   ${PROJECT_BINARY_DIR}/nomutilConfig.cmake INSTALL_DESTINATION ${nomutil_config})
