@@ -15,6 +15,10 @@ if(WIN32)
   set(CMAKE_SHARED_LIBRARY_PREFIX "")  # nomutil.dll, not libnomutil.dll
 endif()
 
+# The number in libnomutil.so.1: it grows when a program that was linked before no longer works.
+set(NOMUTIL_ABI 1)
+set(NOMUTIL_LIBRARY_VERSION ${NOMUTIL_ABI}.${PROJECT_VERSION_MINOR}.${PROJECT_VERSION_PATCH})
+
 # One interface target carries the common flags, so that code from outside the project
 # (googletest) is compiled without them. include/ is searched for quoted names only:
 # its folder sys/ must never shadow the system's own.
@@ -27,6 +31,8 @@ target_compile_options(nomutil_flags INTERFACE
   $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>
   "SHELL:-iquote ${PROJECT_SOURCE_DIR}/include"
   "SHELL:-iquote ${PROJECT_SOURCE_DIR}/nomos/include")
+include(NomutilHardening)
+nomutil_hardened_flags(nomutil_flags)
 
 if(NOMUTIL_SANITIZE)
   add_compile_options(-fsanitize=${NOMUTIL_SANITIZE} -fno-omit-frame-pointer
