@@ -29,7 +29,7 @@ function(nomutil_message_files)
   nomutil_generate_messages(kormsgs.eng ${file})
   nomutil_generate_messages(statuses.md ${page})
   add_custom_target(nomutil_message_files ALL DEPENDS ${file} ${page})
-  install(FILES ${file} DESTINATION ${install_folder})
+  install(FILES ${file} DESTINATION ${install_folder} COMPONENT runtime)
 
   # After a change of the list, copy the page over the one in docs/.
   if(NOMUTIL_BUILD_TESTS)
