@@ -4,8 +4,11 @@
 # nomutil_hardened_flags(TARGET): the flags of compilation, for whoever links the target.
 function(nomutil_hardened_flags target)
   # Neither texts nor debugging information name the folder of the sources or of the build.
-  target_compile_options(${target} INTERFACE
-    "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=." "-ffile-prefix-map=${PROJECT_BINARY_DIR}=./build")
+  target_compile_options(${target} INTERFACE "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+  cmake_path(IS_PREFIX PROJECT_SOURCE_DIR ${PROJECT_BINARY_DIR} NORMALIZE inside)
+  if(NOT inside)
+    target_compile_options(${target} INTERFACE "-ffile-prefix-map=${PROJECT_BINARY_DIR}=./build")
+  endif()
   # The sanitizers check more, and their runtime replaces what the checked forms call.
   if(WIN32 OR NOMUTIL_SANITIZE)
     return()
