@@ -2,6 +2,7 @@
 # makes them. A component of the installation is a package.
 set(CPACK_PACKAGE_NAME nomutil)
 set(CPACK_PACKAGE_VENDOR "nomutil")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each Debian package has its own
 set(CPACK_PACKAGE_CONTACT "nomutil maintainers <maintainers@nomutil.invalid>")
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -23,27 +24,34 @@ else()
   set(CPACK_COMPONENTS_ALL runtime development tool)
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime})
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-  set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+  # Which package brings a library, and that the cache of libraries is to be renewed.
+  set(control ${PROJECT_BINARY_DIR}/debian-control)
+  file(WRITE ${control}/shlibs
+    "libnomos ${NOMUTIL_ABI} ${runtime}\nlibnomutil ${NOMUTIL_ABI} ${runtime}\n")
+  file(WRITE ${control}/triggers "activate-noawait ldconfig\n")
+  file(CHMOD ${control}/shlibs ${control}/triggers
+    PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${control}/shlibs ${control}/triggers)
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "zlib1g, libgeos-c1v5")
   set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "utility library of an object database
- Exact decimals, parameters, dates, identifiers, event boxes, dynamic objects,
- compression and the texts of status numbers, with the layer below them that
- hides the operating system.")
+Exact decimals, parameters, dates, identifiers, event boxes, dynamic objects,
+compression and the texts of status numbers, with the layer below them that
+hides the operating system.")
 
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libnomutil-dev)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime} ${exactly}")
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "python3")
   set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "utility library of an object database: development
- Headers, the files for CMake and pkg-config, and the module nomutil for
- Python, which needs no compiler.")
+Headers, the files for CMake and pkg-config, and the module nomutil for
+Python, which needs no compiler.")
 
   set(CPACK_DEBIAN_TOOL_PACKAGE_NAME nomtool)
   set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
   set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${runtime} ${exactly}")
   set(CPACK_DEBIAN_TOOL_DESCRIPTION "utility library of an object database: program
- Exact figures of delimited files, decimals, dates, identifiers and messages
- from the command line.")
+Exact figures of delimited files, decimals, dates, identifiers and messages
+from the command line.")
 
   # What a Debian package says about itself. A compressed file holds no time and no name.
   find_program(NOMUTIL_GZIP gzip REQUIRED)
