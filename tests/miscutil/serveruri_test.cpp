@@ -126,6 +126,7 @@ TEST_F(ServerURI, ReadsNodeSpecificationsWithBlanksBehindCommas) {
       TCPIP,h 3510:2417@7              TCPIP,,1 3510:2437@6       TCPIP,h, 3510:2437@8
       TCPIP,[::1],1 3510:2824@6        TCPIPv6,_[::1],1 [::1],1   TCPIPv6,[::1,1 3510:2833@8
       TCPIPv6,[::1 3510:2417@12        TCPIPv6,[::1]_,1 3510:2849@13    TCPIPv4,a:/?b,1 a:/?b,1
+      TCPIPv6,[a:/?b],1 [a:/?b],1
       HPSM,a/b a/b                     KoraLocal,^_a a            HPSM,a, 3510:2816@6
       HPSM, 3510:2437@5                HPSM,a_ 3510:2420@6        HPSM,~ 3510:2426@5)");
 }

@@ -78,6 +78,34 @@ TEST_F(Snapshots, GiveBackRandomTables) {
   }
 }
 
+// The bytes that docs/formats/snapshot.md shows, put together by hand; the checksums and the block
+// are those of zlib.crc32 and zlib.compress of Python.
+TEST_F(Snapshots, HaveTheBytesOfTheForm) {
+  const auto description = [](char name, const std::string& rest) {
+    return name + std::string(100, '\0') + rest;
+  };
+  const std::string header =
+      std::string("NOMSNP1\n\2\0\0\0,\0\0\0\3\0\0\0\xF0\0\0\0", 24) +
+      std::string("<< format >>\0\1<< version >>\0\1<< charSize >>\0\1", 45) + "n,t" +
+      description('n', std::string("\1\x2A\0\x15\0\0\0\0\0\0\0\6\0\0\0\0\0\0\0", 19)) +
+      description('t', std::string("\x09\x33\0\x17\0\0\0\0\0\0\0\6\0\0\0\x08\0\0\0", 19)) +
+      "\x24\xAC\x7B\xDC";
+  const std::string block =
+      std::string("NBLK\0\0\0\0\0\0\0\0\0\0\0\0\1\0\0\0\x1D\0\0\0\x16\0\0\0", 28) +
+      "\xF5\xA3\x32\x84" +
+      std::string(
+          "\x09\x78\x9C\xE3\x64\x60\x60\x60\x67\x80\x00\x4E\x28\xCD\x08\xC5\x89\x00\x02"
+          "\xD9\x00\x7D",
+          22);
+  const std::string trailer =
+      std::string("NEND\1\0\0\0\1\0\0\0\0\0\0\0\x08\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 32) +
+      "\x3E\x47\xFD\x87";
+  EXPECT_EQ(unpack(header + block + trailer), std::pair(0, std::string("n,t\n7,a\n")));
+  pack("n,t\n7,a\n");
+  EXPECT_EQ(read("snapshot").substr(0, header.size()), header);
+  EXPECT_EQ(read("snapshot").substr(read("snapshot").size() - trailer.size()), trailer);
+}
+
 TEST_F(Snapshots, TellWhichRowsComeBackWrittenInAnotherWay) {
   const struct {
     const char* text;
