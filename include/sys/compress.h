@@ -74,7 +74,8 @@ NOMUTIL_API int doUncompress(bool isString, unsigned char* block, unsigned lengt
 // zlib's compress2 and uncompress: *destLength is the room of dest, and then what was written.
 // Return zlib's own code (0, -5 when dest is too small, -3 for damaged data ...); 1006 or 1008 when
 // zlib cannot be loaded; -1, with the last error 1008, for an entry that is missing ever since.
-// Another pointer that is null for a length other than 0 gives -2. REQUIRES: destLength is not null.
+// Another pointer that is null for a length other than 0 gives -2. REQUIRES: destLength is not
+// null.
 NOMUTIL_API int doZlibCompress(unsigned char* dest, unsigned* destLength,
                                const unsigned char* source, unsigned sourceLength, int level);
 NOMUTIL_API int doZlibUncompress(unsigned char* dest, unsigned* destLength,

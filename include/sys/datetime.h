@@ -98,7 +98,8 @@ NOMUTIL_API char* formatElapsedTime(unsigned milliseconds, char* buffer, unsigne
 // A date is day-month-year, year-month-day (year of exactly four characters, or of more than one
 // and a ':' behind it) or month-day-year with the month as a word, which is an English name or its
 // first three letters, in any case. A year of one or two characters is what nosGetYearGivenYY makes
-// of it. Empty text is the null date; a day that does not exist is invalid.
+// of it. Separators may stand before a month's name that begins a date, and before no number. Empty
+// text is the null date; a day that does not exist is invalid.
 //
 //   25/12/2023   25-Dec-2023   December 25, 2023   2023-12-25   23:12:25
 //

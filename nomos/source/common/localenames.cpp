@@ -30,7 +30,7 @@ char32_t decodeUtf8(const unsigned char* text, unsigned& length) {
   length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
   if (length == 1) return lead;
   static constexpr char32_t kSmallest[] = {0x80, 0x800, 0x10000};
-  if (lead < 0xC2) return 0;
+  if (lead < 0xC2 || lead > 0xF4) return 0;
   char32_t character = lead & (0x7Fu >> length);
   for (unsigned i = 1; i < length; ++i) {
     if ((text[i] & 0xC0) != 0x80) return 0;
