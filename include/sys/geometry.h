@@ -61,6 +61,7 @@ NOMUTIL_API int GEOS_Finish(GEOSContextHandle_t context);
 // Each function that releases one, and GEOS_SetSRID, returns 0 or 1008.
 
 // ---- Well-known text and well-known binary (OGC 06-103r4) ----
+// Both are read with X, Y and Z; GEOS before 3.12 writes X and Y alone.
 
 NOMUTIL_API GEOSWKTReader* GEOS_WKTReaderCreate(GEOSContextHandle_t context, std::uint32_t* status);
 NOMUTIL_API int GEOS_WKTReaderDestroy(GEOSContextHandle_t context, GEOSWKTReader* reader);

@@ -18,7 +18,7 @@ namespace {
 using nomtest::ForeignText;
 using nomtest::HeldText;
 
-constexpr std::size_t kChunk = 36312;
+constexpr std::uint32_t kChunk = 36312;
 constexpr PFormat kHeldFormats[] = {DSKANY, DSKKORASTRING, DSKKORABINARY, DSKKORASTRINGUTF8};
 
 // A zlib stream that holds up to 65,535 bytes as they are.
@@ -96,6 +96,9 @@ TEST(CompressedBlock, ReachesAForeignHandlerInChunks) {
   ASSERT_EQ(block.appends.size(), 4u);
   block.appends.pop_back();
   EXPECT_EQ(block.appends, (std::vector<std::uint32_t>{1, kChunk, kChunk})) << "first the header";
+  ForeignText packed;
+  ASSERT_EQ(packed.compress(std::string(1000, 'x'), 'z' + 256 * 9), 0);
+  EXPECT_EQ(packed.appends.size(), 2u) << "a chunk is filled first";
   for (ForeignText* again : {&bytes, &characters}) {
     ASSERT_EQ(again->uncompress(block.text(), again == &characters), 0);
     EXPECT_EQ(again->appends, (std::vector<std::uint32_t>{kChunk, kChunk, 10}));
@@ -125,6 +128,8 @@ TEST(DoAltCompress, TakesLetterAndLevelFromTheMethod) {
     EXPECT_EQ(target.text(), block) << method;
     EXPECT_EQ(nomtest::takeLines(recorder, ", GLE"), log) << method;
   }
+  unsigned char nothing = 9;
+  EXPECT_EQ(doAltUncompress(false, &nothing, 0, nullptr), 1002);
   EXPECT_EQ(doCompress(false, nullptr, 0, nullptr), 1112);
   EXPECT_EQ(doUncompress(false, nullptr, 0, nullptr, nullptr), 1112);
 }
@@ -231,11 +236,14 @@ TEST(CompressedBlock, EndsWithTheStatusOfTheHandler) {
     EXPECT_EQ(target.uncompress("\x51" + stored("hi"), true), ForeignText::kRefusal) << code;
   }
   const std::string text = randomBytes(2 * kChunk);
-  for (const std::uint32_t maximum : {0u, 1u, 36313u, 72625u}) {
-    ForeignText target("", maximum, kStringTooLong);
-    EXPECT_EQ(target.compress(text, 'z'), kStringTooLong) << maximum;
-    EXPECT_EQ(target.text().size(), maximum);
+  for (const std::uint32_t chunks : {0u, 1u, 2u}) {
+    ForeignText target("", 1 + chunks * kChunk, kStringTooLong);
+    EXPECT_EQ(target.compress(text, 'z'), kStringTooLong) << chunks;
+    EXPECT_EQ(target.appends.size(), chunks + 2) << "nothing follows the refusal";
   }
+  ForeignText full("", 0);
+  EXPECT_EQ(full.compress(text, 'z'), kBinaryTooLong);
+  EXPECT_EQ(full.appends.size(), 1u);
   EXPECT_EQ(ForeignText("", 0).compress("", 'P'), kBinaryTooLong);
 }
 

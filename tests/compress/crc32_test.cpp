@@ -4,6 +4,8 @@
 #include "compress/crc32kernels.h"
 #include "sys/compress.h"
 
+#include "recorder.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -44,6 +46,14 @@ TEST(ComputeCrc32, GivesThePublishedValues) {
   EXPECT_EQ(compute("", 0x12345678), 0x12345678u);
   EXPECT_EQ(compute("6789", compute("12345", 0xFFFFFFFF)), ~0xCBF43926);
   EXPECT_EQ(compute("123456789", 0), 0x2DFD2D88u) << "nothing is inverted";
+}
+
+TEST(ComputeCrc32, ReportsNullPointersAndIsSafe) {
+  nomtest::Recorder recorder;
+  unsigned one = 1;
+  EXPECT_EQ(compute_CRC32(nullptr, &one, &one), 1u);
+  EXPECT_EQ(compute_CRC32(&one, nullptr, &one) + compute_CRC32(&one, &one, nullptr), 0u);
+  EXPECT_EQ(recorder.takeAssertions().size(), 3u);
 }
 
 TEST(Crc32Kernels, AgreeWithTheDefinitionAtEveryLength) {

@@ -166,8 +166,8 @@ TEST_F(Expansion, WithoutMemoryFailsOrSucceedsAndLeaksNothing) {
       nosFailAllocation(n);
       const int status = each.uncompress(block, true);
       nosFailAllocation(0);
-      if (status != kMemoryAllocationFailed) EXPECT_EQ(status, 0) << n;
-      if (status == 0) EXPECT_EQ(each.text().size(), size) << n;
+      EXPECT_EQ(status, status == 0 ? 0 : kMemoryAllocationFailed) << n;
+      EXPECT_EQ(status != 0 || each.text().size() == size, true) << n;
       hasFailed = hasFailed || status != 0;
     }
     EXPECT_EQ(hasFailed, size != kTextSize);

@@ -81,6 +81,8 @@ TEST_F(ZLib, ThatIsNotFoundFailsOnceAndThenByOperation) {
 
   reload("zlib1");
   EXPECT_EQ(doZlibCompress(room, &length, room, 3, 9), kLibraryNotFound);
+  reload("zlib1");
+  EXPECT_EQ(doZlibUncompress(room, &length, room, 3), kLibraryNotFound);
   reload();
   EXPECT_EQ(doZlibCompress(room, &length, room, 3, 9), 0);
   EXPECT_EQ(std::string(zlib.zlibVersion(), 2), "1.");
@@ -105,14 +107,23 @@ TEST_F(ZLib, ThatLacksAnEntryIsRefusedEveryTime) {
   }
 }
 
-TEST_F(ZLib, WithoutMemoryHasNoVersion) {
+TEST_F(ZLib, KeepsItsVersionWhileThereIsMemoryAndTheEntry) {
   const std::uint64_t blocks = nosAllocatedBlocks();
-  ZLibDesc zlib(true);
-  EXPECT_EQ(zlib.loadEntryPoints(), kLibraryNotFound) << "it is not loaded yet";
-  nosFailAllocation(1);
-  EXPECT_TRUE(zlib.isProcLoaded());
-  nosFailAllocation(0);
-  EXPECT_STREQ(zlib.zlibVersion(), "");
+  {
+    ZLibDesc zlib(false);
+    EXPECT_EQ(zlib.loadEntryPoints(), kLibraryNotFound) << "it is not loaded yet";
+    nosFailAllocation(1);
+    EXPECT_TRUE(zlib.isProcLoaded());
+    nosFailAllocation(0);
+    EXPECT_STREQ(zlib.zlibVersion(), "");
+    for (const char* denied : {static_cast<const char*>(nullptr), "zlibVersion", ""}) {
+      nosDenyEntry(denied);
+      zlib.allowLibReload();
+      const bool isDenied = denied != nullptr && *denied != '\0';
+      EXPECT_EQ(zlib.isProcLoaded(), !isDenied);
+      EXPECT_EQ(nosAllocatedBlocks(), blocks + (isDenied ? 0 : 1));
+    }
+  }
   EXPECT_EQ(nosAllocatedBlocks(), blocks);
 }
 

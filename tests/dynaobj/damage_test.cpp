@@ -89,15 +89,13 @@ class DynamicObjectDamage : public Watched {
 
 TEST_F(DynamicObjectDamage, OfAnyLengthIsNoticed) {
   const Images whole = images(7);
-  const auto cut = [](const std::string& image, std::size_t length) {
-    return image.substr(0, length);
-  };
-  for (std::size_t length = 0; length < whole.descriptions.size(); ++length)
-    use({cut(whole.descriptions, length), whole.values, whole.longValues});
-  for (std::size_t length = 0; length < whole.values.size(); ++length)
-    use({whole.descriptions, cut(whole.values, length), whole.longValues});
-  for (std::size_t length = 0; length < whole.longValues.size(); ++length)
-    use({whole.descriptions, whole.values, cut(whole.longValues, length)});
+  for (std::string Images::*image : {&Images::descriptions, &Images::values, &Images::longValues}) {
+    Images cut = whole;
+    for (std::string& bytes = cut.*image; !bytes.empty();) {
+      bytes.pop_back();
+      use(cut);
+    }
+  }
 }
 
 TEST_F(DynamicObjectDamage, OfAnyByteIsNoticed) {

@@ -86,8 +86,6 @@ TEST_F(DynamicObjectProperties, AddedWithAValueThatIsRefusedAreTakenBack) {
     ASSERT_EQ(object->addAndSetAttributeValue(name, Param(1, "text")), 0);
   EXPECT_EQ(object->getRevision(), 10u);  // one of the property, one of the value
   const std::string before = stateOf(*object);
-  EXPECT_EQ(object->addAndSetAttributeValue("f", Param(42), DSKINTEGER), 1426);
-  EXPECT_EQ(object->addAndSetAttributeValue("f", Param(1, "t"), DSKSTRINGUTF8BLOCK), 1000);
   EXPECT_EQ(object->addAndSetAttributeValue("f", DSKINTEGER, 8, "12345678"), 1002);
   EXPECT_EQ(object->addAndSetAttributeValue("f", DSKSTRINGUTF8BLOCK, 2, "\xC3("), 1002);
   // The images, and a place for the new bytes of each, come from the heap.
@@ -109,8 +107,7 @@ TEST_F(DynamicObjectProperties, AddedWithAValueThatIsRefusedAreTakenBack) {
 }
 
 TEST_F(DynamicObjectProperties, AreToldByNameAndIndex) {
-  ASSERT_EQ(object->addAttribute("first", DSKINTEGER), 0);
-  ASSERT_EQ(object->addAttribute("second", DSKREAL), 0);
+  for (const char* each : {"first", "second"}) ASSERT_EQ(object->addAttribute(each, DSKREAL), 0);
   char name[7] = "??????";
   EXPECT_EQ(object->getPropertyName(2, name, 7), 0);
   EXPECT_STREQ(name, "second");
@@ -125,9 +122,8 @@ TEST_F(DynamicObjectProperties, AreToldByNameAndIndex) {
   Param count(25);
   EXPECT_EQ(object->getPropertyCount(count), 0);
   EXPECT_EQ(count.word(), "2");
-  PFormat format{};
-  EXPECT_EQ(object->getPropertyFormat(0u, format), 1011);
-  EXPECT_EQ(object->getPropertyFormat("Second", format), 1011);
+  EXPECT_EQ(object->getPropertyValue("Second", count), 1011);
+  EXPECT_EQ(object->getPropertyValue(0u, count), 1011);
   EXPECT_EQ(object->getPropertyValue(4294967295u, count), 1011);
   EXPECT_EQ(object->setPropertyUsage("third", 1), 1011);
   EXPECT_EQ(object->getRevision(), 2u);
@@ -159,6 +155,23 @@ TEST_F(DynamicObjectProperties, AreFoundWithAndWithoutAnIndex) {
     }
     nosFailAllocation(0);
   }
+}
+
+TEST_F(DynamicObjectProperties, AreNotFoundInImagesThatWereReplaced) {
+  KoraDynamicObject other(objectId());
+  for (const char* name : {"a", "b", "c", "d"}) {
+    ASSERT_EQ(object->addAttribute(name, DSKBYTE), 0);
+    ASSERT_EQ(other.addAttribute((name + std::string("x")).c_str(), DSKBYTE), 0);
+  }
+  Param index(36);
+  const std::string image = imageOf(other.getPropertyDescriptions());
+  ASSERT_EQ(object->getPropertyIndex("a", index), 0);  // builds the index
+  ASSERT_EQ(other.getPropertyIndex("a", index), 1011);
+  ASSERT_EQ(object->setPropertyDescriptions(image.data(), 480), 0);
+  EXPECT_EQ(object->getPropertyIndex("dx", index), 0);
+  ASSERT_EQ(object->addAttribute("a", DSKBYTE), 0);
+  ASSERT_EQ(object->cloneSelf(&other), 0);
+  EXPECT_EQ(other.getPropertyIndex("a", index), 0);
 }
 
 TEST_F(DynamicObjectProperties, AreReadByThreadsThatMakeTheIndexTogether) {

@@ -138,21 +138,20 @@ TEST_F(DynamicObjectValues, MayLieInTheObject) {
 }
 
 TEST_F(DynamicObjectValues, AsBytesHaveTheLengthOfTheirFormat) {
+  const std::string zeros(32, '\0');
   for (const auto& [format, row] : Model::kFormats) {
     object->clear();
-    ASSERT_EQ(object->addAttribute("p", static_cast<PFormat>(format)), 0);
-    const bool isLong = isAmong(format, {1, 11, 51});
-    const std::string zeros(32, '\0');
+    const auto asFormat = static_cast<PFormat>(format);
+    ASSERT_EQ(object->addAttribute("p", asFormat), 0);
     for (std::uint32_t length = 0; length < 20; ++length) {
-      const int expected = isLong || length == row.first ? 0 : 1002;
+      const int expected = isAmong(format, {1, 11, 51}) || length == row.first ? 0 : 1002;
       EXPECT_EQ(object->setPropertyValue("p", length, zeros.data()), expected) << format;
     }
     EXPECT_EQ(object->setPropertyValue(1u, 0, nullptr), 0);
     EXPECT_EQ(object->setPropertyValue(1u, 1, nullptr), 1002);
-    EXPECT_EQ(object->setPropertyValue(1u, "p", static_cast<PFormat>(format), 0, nullptr), 0);
-    EXPECT_EQ(object->setPropertyValue(1u, "q", static_cast<PFormat>(format), 0, nullptr), 1011);
+    EXPECT_EQ(object->setPropertyValue(1u, "p", asFormat, 0, nullptr), 0);
+    EXPECT_EQ(object->setPropertyValue(1u, "q", asFormat, 0, nullptr), 1011);
     EXPECT_EQ(object->setPropertyValue(1u, "p", DSKANY, 0, nullptr), 1426);
-    EXPECT_EQ(object->setPropertyValue(2u, 0, nullptr), 1011);
   }
 }
 
@@ -196,27 +195,22 @@ TEST_F(DynamicObjectValues, TravelAsAList) {
   ASSERT_EQ(add("u", 51, Param(51, "a~")), 0);
   std::vector<ShortDskParam> entries(5);
   Param list(36);
-  const std::string bytes = imageOf(object->getValues());
   ASSERT_EQ(object->copyToDskParamList(list, entries.data(), 5), 0);
   EXPECT_EQ(list.format(), 44u);
   EXPECT_EQ(list->getValue<ShortDskParam*>(), entries.data());
   EXPECT_EQ(list->getValue<DskBinaryBlock>().offset, 5u);
 
+  // What is set in the same order gives the same images.
   const Object copy =
       rebuilt(imageOf(object->getPropertyDescriptions()), std::string(48, '\0'), "");
   ASSERT_EQ(copy->copyFromDskParamList(list), 0);
   EXPECT_EQ(copy->getRevision(), 5u);
-  for (std::uint32_t index = 1; index <= 5; ++index) {
-    Param left(5), right(5);
-    bool isNull[2];
-    ASSERT_EQ(object->getPropertyValue(index, left, isNull[0]), 0);
-    ASSERT_EQ(copy->getPropertyValue(index, right, isNull[1]), 0);
-    EXPECT_EQ(isNull[0], isNull[1]);
-    EXPECT_EQ(left.format() == 19 || left.word() == right.word(), true) << index;
-  }
+  copy->setRevision(object->getRevision());
+  EXPECT_EQ(stateOf(*copy), stateOf(*object));
 
   // The fourth is refused, and the first is as it was.
   const std::string before = stateOf(*copy);
+  ASSERT_EQ(paramcpy(entries[0], "a longer text", 13u), 0);
   paramDeleteKoraAny(entries[3]);
   entries[3] = ShortDskParam(DSKINTEGER, 0, 0);
   EXPECT_EQ(copy->copyFromDskParamList(list), 1000);

@@ -80,6 +80,7 @@ std::string withoutPadding(std::string_view text) {
 class Session {
  public:
   explicit Session(std::ostream& err) : _err(err), _context(GEOS_Init(keepMessage, keepMessage)) {
+    if (_context == nullptr) return;
     std::uint32_t status = 0;
     _reader = GEOS_WKTReaderCreate(_context, &status);
     _writer = GEOS_WKTWriterCreate(_context, &status);
@@ -159,6 +160,7 @@ Json describe(const Session& session, View g) {
   facts["simple"] = answerOf(GEOS_IsSimple, context, g);
   facts["empty"] = answerOf(GEOS_IsEmpty, context, g);
   facts["dimensions"] = numberOf(GEOS_GetDimensions, context, g);
+  facts["ordinates"] = numberOf(GEOS_GetCoordinateDimensions, context, g);
   facts["parts"] = numberOf(GEOS_GetNumGeometries, context, g);
   facts["coordinates"] = numberOf(GEOS_GetNumCoordinates, context, g);
   facts["area"] = numberOf(GEOS_Area, context, g);

@@ -57,10 +57,12 @@ TEST(Geometry, TellsOfOne) {
       "POLYGON ((0 0, 5 0, 5 2, 0 2, 0 0), (2.5 0.5, 2.5 1.5, 4.5 1.5, 4.5 0.5, 2.5 0.5))";
   const std::string facts =
       "type         Polygon\nvalid        yes\nsimple       yes\nempty        no\n"
-      "dimensions   2\nparts        1\ncoordinates  10\narea         8\nlength       20\n"
+      "dimensions   2\nordinates    2\nparts        1\ncoordinates  10\narea         8\nlength     "
+      "  20\n"
       "envelope     POLYGON ((0 0, 5 0, 5 2, 0 2, 0 0))\ncentroid     POINT (2.25 1)\n"
       "text         ";
   EXPECT_EQ(geometry({plate}), std::pair(0, facts + plate + "\n"));
+  EXPECT_NE(geometry({"POINT Z (1 2 3)"}).second.find("ordinates    3\n"), std::string::npos);
   const std::string bow = geometry({"POLYGON ((0 0, 1 1, 1 0, 0 1, 0 0))"}).second;
   EXPECT_NE(bow.find("valid        no\nreason       Self-intersection"), bow.npos) << bow;
 }
