@@ -5,7 +5,9 @@
 #include <geos_c.h>
 
 #include <algorithm>
+#include <atomic>
 #include <barrier>
+#include <cstdint>
 #include <fstream>
 #include <map>
 #include <set>
@@ -193,7 +195,7 @@ TEST_F(World, IsMadeOfCoordinates) {
     for (unsigned i = 0; i < 5; ++i) {
       EXPECT_EQ(GEOS_CoordSeq_SetX(c, sequence, i, corners[i][0]), 0);
       EXPECT_EQ(GEOS_CoordSeq_SetY(c, sequence, i, corners[i][1]), 0);
-      EXPECT_EQ(GEOS_CoordSeq_SetZ(c, sequence, i, 7), 0);
+      EXPECT_EQ(GEOS_CoordSeq_SetOrdinate(c, sequence, i, 2, 7), 0);
     }
     return GEOS_CreateLinearRing(c, sequence, &status);
   };
@@ -202,7 +204,13 @@ TEST_F(World, IsMadeOfCoordinates) {
   GEOSGeometry* const read = world.read(
       "POLYGON Z ((0 0 7, 9 0 7, 9 9 7, 0 9 7, 0 0 7), "
       "(1 1 7, 2 1 7, 2 2 7, 1 2 7, 1 1 7))");
+  GEOSGeometry* const line = world.read("LINESTRING (0 0, 9 0, 9 9, 4 1)");
   EXPECT_EQ(GEOSEqualsExact_r(c, polygon, read, 0), 1);
+  // Arguments of one type side by side, which the compiler does not tell apart.
+  EXPECT_EQ(taken(GEOS_BufferWithStyle(c, line, 0.25, 3, 2, 3, 2.5, &status)),
+            taken(GEOSBufferWithStyle_r(c, line, 0.25, 3, 2, 3, 2.5)));
+  EXPECT_EQ(taken(GEOS_BufferSingleSided(c, line, 0.25, 3, 2, 2.5, 1, &status)),
+            taken(GEOSSingleSidedBuffer_r(c, line, 0.25, 3, 2, 2.5, 1)));
   EXPECT_EQ(GEOS_Normalize(c, polygon), 0);
   EXPECT_EQ(GEOSEqualsExact_r(c, polygon, read, 0), 0) << "normal order is clockwise";
 
@@ -210,7 +218,7 @@ TEST_F(World, IsMadeOfCoordinates) {
   EXPECT_EQ(GEOS_CreateLineString(c, one, &status), nullptr) << "a line has two ends";
   EXPECT_EQ(status, 1345u);
   EXPECT_EQ(GEOS_CoordSeq_Destroy(c, GEOS_CoordSeq_Create(c, 9, 2, &status)), 0);
-  for (GEOSGeometry* each : {polygon, read}) EXPECT_EQ(GEOS_Destroy(c, each), 0);
+  for (GEOSGeometry* each : {polygon, read, line}) EXPECT_EQ(GEOS_Destroy(c, each), 0);
 }
 
 std::string heard;
