@@ -5,6 +5,7 @@
 #include "blockfile.h"
 
 #include "checksum.h"
+#include "heldbytes.h"
 
 #include "sys/compress.h"
 #include "sys/messages.h"
@@ -21,35 +22,6 @@ constexpr std::uint32_t kMostBytes = 1u << 20;  // of a block before it is compr
 constexpr std::uint32_t kMostBlock = kMostBytes + kMostBytes / 16;
 constexpr std::size_t kHeaderSize = 8;
 constexpr char kBlockOfBytes = 9;  // its first byte: zlib, and characters of one byte
-
-// A binary that the library appends to.
-class HeldBinary {
- public:
-  HeldBinary() { paramCreateKoraBinary(&_parameter, nullptr, 0, kMostBlock, kHeldUsage); }
-  ~HeldBinary() { paramDeleteKoraBinary(&_parameter); }
-  HeldBinary(const HeldBinary&) = delete;
-  HeldBinary& operator=(const HeldBinary&) = delete;
-
-  DskParam* parameter() { return &_parameter; }
-
-  std::string_view bytes() {
-    unsigned char* bytes = nullptr;
-    std::uint32_t length = 0;
-    DerefBinary(&_parameter, &bytes, &length);
-    return {reinterpret_cast<const char*>(bytes), length};
-  }
-
-  // Keeps the memory.
-  void clear() {
-    constexpr std::uint8_t kResize = 35;
-    std::uint32_t length = 0;
-    koraDataHandler(kResize, &_parameter, nullptr, &length);
-  }
-
- private:
-  static constexpr PUsage kHeldUsage = 2;
-  DskParam _parameter;
-};
 
 void putNumber(char* to, std::uint32_t number) {
   for (unsigned i = 0; i < 4; ++i) to[i] = static_cast<char>(number >> (8 * i) & 0xFF);
@@ -85,7 +57,7 @@ void refuseUnless(bool isRight, const Transfer& transfer, std::uint64_t offset, 
 void compressStream(Transfer& transfer, int level) {
   transfer.write(kSignature);
   std::vector<unsigned char> piece(kMostBytes);
-  HeldBinary block;
+  HeldBytes block(kMostBlock);
   Checksum sum;
   for (;;) {
     const std::uint64_t offset = transfer.offset();
@@ -96,8 +68,8 @@ void compressStream(Transfer& transfer, int level) {
     const int method = kCompressZlib + kCompressLevelUnit * level;
     transfer.check(doAltCompress(false, piece.data(), count, method, block.parameter()), offset,
                    "the block is not compressed");
-    writeHeader(transfer, count, static_cast<std::uint32_t>(block.bytes().size()));
-    transfer.write(block.bytes());
+    writeHeader(transfer, count, static_cast<std::uint32_t>(block.view().size()));
+    transfer.write(block.view());
   }
   writeHeader(transfer, 0, sum.value());
 }
@@ -108,7 +80,7 @@ void uncompressStream(Transfer& transfer) {
   refuseUnless(std::string_view(header, sizeof header) == kSignature, transfer, 0,
                "no file of compressed blocks");
   std::vector<char> block(kMostBlock);
-  HeldBinary expanded;
+  HeldBytes expanded(kMostBlock);
   Checksum sum;
   for (;;) {
     const std::uint64_t offset = transfer.offset();
@@ -127,10 +99,10 @@ void uncompressStream(Transfer& transfer) {
     auto* const bytes = reinterpret_cast<unsigned char*>(block.data());
     transfer.check(doAltUncompress(false, bytes, length, expanded.parameter()),
                    offset + kHeaderSize, "a wrong block");
-    refuseUnless(expanded.bytes().size() == count, transfer, offset, "a wrong length");
+    refuseUnless(expanded.view().size() == count, transfer, offset, "a wrong length");
     refuseUnless(block[0] == kBlockOfBytes, transfer, offset + kHeaderSize, "a wrong block");
-    sum.add(expanded.bytes().data(), count);
-    transfer.write(expanded.bytes());
+    sum.add(expanded.view().data(), count);
+    transfer.write(expanded.view());
   }
 }
 

@@ -77,21 +77,21 @@ std::string withoutPadding(std::string_view text) {
 }
 
 // One context with its reader and writer, and the geometries read; ends with all of them.
-class Session {
+class Geos {
  public:
-  explicit Session(std::ostream& err) : _err(err), _context(GEOS_Init(keepMessage, keepMessage)) {
+  explicit Geos(std::ostream& err) : _err(err), _context(GEOS_Init(keepMessage, keepMessage)) {
     if (_context == nullptr) return;
     std::uint32_t status = 0;
     _reader = GEOS_WKTReaderCreate(_context, &status);
     _writer = GEOS_WKTWriterCreate(_context, &status);
   }
-  ~Session() {
+  ~Geos() {
     if (_reader != nullptr) GEOS_WKTReaderDestroy(_context, _reader);
     if (_writer != nullptr) GEOS_WKTWriterDestroy(_context, _writer);
     if (_context != nullptr) GEOS_Finish(_context);
   }
-  Session(const Session&) = delete;
-  Session& operator=(const Session&) = delete;
+  Geos(const Geos&) = delete;
+  Geos& operator=(const Geos&) = delete;
 
   bool isReady() const { return _reader != nullptr && _writer != nullptr; }
 
@@ -149,8 +149,8 @@ Json numberOf(int (*ask)(GEOSContextHandle_t, View, Number*), GEOSContextHandle_
 }
 
 // What GEOS cannot tell of the geometry is null.
-Json describe(const Session& session, View g) {
-  const GEOSContextHandle_t context = session.context();
+Json describe(const Geos& geos, View g) {
+  const GEOSContextHandle_t context = geos.context();
   std::uint32_t status = 0;
   char type[32] = "";
   GEOS_GeometryType(context, g, type, sizeof type);
@@ -165,15 +165,15 @@ Json describe(const Session& session, View g) {
   facts["coordinates"] = numberOf(GEOS_GetNumCoordinates, context, g);
   facts["area"] = numberOf(GEOS_Area, context, g);
   facts["length"] = numberOf(GEOS_Length, context, g);
-  facts["envelope"] = session.taken(GEOS_Envelope(context, g, &status));
-  facts["centroid"] = session.taken(GEOS_GetCentroid(context, g, &status));
-  facts["text"] = session.write(g);
+  facts["envelope"] = geos.taken(GEOS_Envelope(context, g, &status));
+  facts["centroid"] = geos.taken(GEOS_GetCentroid(context, g, &status));
+  facts["text"] = geos.write(g);
   return facts;
 }
 
 // Null when GEOS fails.
-Json combine(const Session& session, View left, std::string_view operation, View right) {
-  const GEOSContextHandle_t context = session.context();
+Json combine(const Geos& geos, View left, std::string_view operation, View right) {
+  const GEOSContextHandle_t context = geos.context();
   if (const auto row = rowOf(kPredicates, operation); row != std::end(kPredicates)) {
     std::uint8_t answer = 0;
     const int status = row->ask(context, left, right, &answer);
@@ -181,7 +181,7 @@ Json combine(const Session& session, View left, std::string_view operation, View
   }
   if (const auto row = rowOf(kConstructions, operation); row != std::end(kConstructions)) {
     std::uint32_t status = 0;
-    return session.taken(row->make(context, left, right, &status));
+    return geos.taken(row->make(context, left, right, &status));
   }
   double distance = 0;
   const int status = GEOS_Distance(context, left, right, &distance);
@@ -221,19 +221,19 @@ int geometryCommand(const GeometryOptions& options, std::ostream& out, std::ostr
     err << "GEOS: " << messageText(status) << "; see nomtool doctor\n";
     return kExitRefused;
   }
-  Session session(err);
-  if (!session.isReady()) {
+  Geos geos(err);
+  if (!geos.isReady()) {
     err << "GEOS: " << messageText(kEntryPointNotInLibrary) << '\n';
     return kExitRefused;
   }
-  GEOSGeometry* const left = session.read(options.left);
-  GEOSGeometry* const right = isPair ? session.read(options.right) : nullptr;
+  GEOSGeometry* const left = geos.read(options.left);
+  GEOSGeometry* const right = isPair ? geos.read(options.right) : nullptr;
   int exit = kExitRefused;
   if (left != nullptr && !isPair) {
-    print(describe(session, left), options.json, out);
+    print(describe(geos, left), options.json, out);
     exit = kExitDone;
   } else if (left != nullptr && right != nullptr) {
-    const Json result = combine(session, left, options.operation, right);
+    const Json result = combine(geos, left, options.operation, right);
     if (result.is_null()) {
       err << oneLine(lastMessage) << ": " << messageText(kSpatialLibraryError) << '\n';
     } else {
@@ -243,7 +243,7 @@ int geometryCommand(const GeometryOptions& options, std::ostream& out, std::ostr
     }
   }
   for (GEOSGeometry* each : {left, right}) {
-    if (each != nullptr) GEOS_Destroy(session.context(), each);
+    if (each != nullptr) GEOS_Destroy(geos.context(), each);
   }
   return exit;
 }

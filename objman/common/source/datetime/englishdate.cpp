@@ -58,9 +58,38 @@ int takeMonthName(TextCursor& at) {
   return 0;
 }
 
+// The digit, or more than 9 for any other character.
+inline std::uint32_t digitOf(char c) {
+  return static_cast<std::uint8_t>(c) - std::uint32_t{'0'};
+}
+
+// 2023-12-25, the form that programs write: each character is known, and nothing is looked for. The
+// first that is not there, the NUL at the latest, ends it.
+inline bool takeIsoDate(TextCursor& at, int& day, int& month, int& year) {
+  const char* const text = at.text();
+  std::uint32_t number[10];
+  for (std::size_t i = 0; i < 10; ++i) {
+    number[i] = digitOf(text[i]);
+    const bool isThere = i == 4 || i == 7 ? text[i] == '-' : number[i] <= 9;
+    if (!isThere) return false;
+  }
+  if (digitOf(text[10]) <= 9) return false;
+  year = static_cast<int>(number[0] * 1000 + number[1] * 100 + number[2] * 10 + number[3]);
+  month = static_cast<int>(number[5] * 10 + number[6]);
+  day = static_cast<int>(number[8] * 10 + number[9]);
+  at.step(10);
+  return true;
+}
+
 }  // namespace
 
 Reading readEnglishDate(TextCursor at) {
+  int day = 0;
+  int isoMonth = 0;
+  int year = 0;
+  if (takeIsoDate(at, day, isoMonth, year)) {
+    return {nomos::joinDayNumber(day, isoMonth, year), at};
+  }
   if (at.isAtEnd()) return {0, at};
   at.skipWhiteSpace();
   const Number first = at.takeItem();
@@ -84,8 +113,8 @@ Reading readEnglishDate(TextCursor at) {
   const Number last = at.takeItem();
   if (last.length == 0) return {kInvalid, at};
 
-  const auto day = static_cast<int>(isYearFirst ? last.value : second.value);
-  auto year = static_cast<int>(isYearFirst ? second.value : last.value);
+  day = static_cast<int>(isYearFirst ? last.value : second.value);
+  year = static_cast<int>(isYearFirst ? second.value : last.value);
   if ((isYearFirst ? second.length : last.length) < 3) year = nosGetYearGivenYY(year);
   return {nomos::joinDayNumber(day, static_cast<int>(month.value), year), at};
 }

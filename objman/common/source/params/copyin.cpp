@@ -11,6 +11,7 @@
 #include "sys/params.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -56,9 +57,10 @@ int fillBlock(DskParam* target, const Source& source, bool isTerminated, int too
   const std::uint32_t length = source.length - block.offset;
   copyBytes(block.data, source.data + block.offset, length);
   if (isTerminated) block.data[length] = '\0';
-  block.offset = 0;
-  block.length = length;
-  std::memcpy(valueOf(target), &block, kBlockSize);
+  // Nothing else of the block changes.
+  static_assert(offsetof(Block, length) == offsetof(Block, offset) + 4);
+  const std::uint32_t offsetAndLength[] = {0, length};
+  std::memcpy(valueOf(target) + offsetof(Block, offset), offsetAndLength, sizeof offsetAndLength);
   clearMore(target);
   return kNoError;
 }
