@@ -22,7 +22,8 @@ NOMOS_API void nosSetMessageBoxSink(NosMessageBoxSink sink, void* context);
 // Makes the n-th allocation of XHeap from now on fail, n from 1; it fails once. 0 ends it.
 NOMOS_API void nosFailAllocation(std::uint64_t n);
 
-// The number of XHeap blocks that are allocated and not yet released.
+// The number of XHeap blocks that were allocated and not released since the first call of one of
+// these two, modulo 2^64: what tells is the difference of two calls.
 NOMOS_API std::uint64_t nosAllocatedBlocks();
 
 // Replaces the path that getGlbIniFileName returns; path is copied, at most 519 characters.
