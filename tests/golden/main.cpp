@@ -186,12 +186,14 @@ void parameters(Numbers& numbers, Results& results) {
     source.header.format = format;
     source.setValue(bits);
     ShortDskParam other{};
+    other.setValue(Bits{});  // a new parameter holds anything
     results.add(paramNegateValue(&other, &source));
     results.add(other.getValue<std::uint64_t>());
     ShortDskParam image{};
     results.add(paramAsBinary(&image, &source));
     ShortDskParam back{};
     back.header.format = format;
+    back.setValue(Bits{});
     results.add(paramFromBinary(&back, &image));
     results.add(back.getValue<std::uint64_t>());
   }
