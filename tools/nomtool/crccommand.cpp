@@ -1,6 +1,7 @@
 // The CRC-32 of files, each with its size: "cbf43926  9  FILE" for the bytes "123456789".
 #include "checksum.h"
 #include "commands.h"
+#include "runcommand.h"
 #include "transfer.h"
 
 #include "nomos/intl.h"
@@ -38,7 +39,7 @@ int crcCommand(const CrcOptions& options, std::ostream& out, std::ostream& err) 
   Json list = Json::array();
   int exit = kExitDone;
   for (const std::string& file : options.files) {
-    const int status = reportFaults(err, [&] {
+    const int status = runCommand(err, [&] {
       const Sum sum = sumOf(file, err);
       char crc[16];
       intlSnprintf(crc, sizeof crc, "%08x", sum.checksum.value());

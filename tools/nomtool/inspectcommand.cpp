@@ -1,11 +1,13 @@
 // What is in a snapshot. Every block is expanded and every row read, in memory; the figures of the
 // blocks are added up in their order.
 #include "commands.h"
+
 #include "pipeline.h"
 #include "runcommand.h"
 #include "runprogress.h"
 #include "snapshotreader.h"
 #include "storednumber.h"
+#include "valuetext.h"
 
 #include "sys/decimals.h"
 
@@ -177,17 +179,7 @@ void printTable(const SnapshotReader& reader, const Contents& contents, std::ost
                     isFilled ? oneLine(fieldOf(form, figures.largest)) : "",
                     isFilled && isNumber(form) ? decimalText(figures.sum) : ""});
   }
-  std::vector<std::size_t> widths(rows.front().size());
-  for (const auto& row : rows) {
-    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
-  }
-  for (const auto& row : rows) {
-    std::string line;
-    for (std::size_t i = 0; i < row.size(); ++i) {
-      line += row[i] + std::string(widths[i] - row[i].size() + 2, ' ');
-    }
-    out << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
-  }
+  printColumns(rows, out);
 }
 
 }  // namespace

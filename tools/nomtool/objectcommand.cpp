@@ -152,25 +152,14 @@ std::string shownValue(const PropertyView& property) {
 }
 
 void printProperties(const std::vector<PropertyView>& properties, std::ostream& out) {
-  using Cells = std::array<std::string, 6>;
-  std::vector<Cells> rows = {{"index", "name", "format", "usage", "type", "value"}};
+  std::vector<std::vector<std::string>> rows = {
+      {"index", "name", "format", "usage", "type", "value"}};
   for (const PropertyView& property : properties) {
     rows.push_back({std::to_string(rows.size()), oneLine(property.name),
                     getParamFormatName(property.format), std::to_string(property.usage),
                     property.type, shownValue(property)});
   }
-  std::array<std::size_t, std::tuple_size_v<Cells> - 1> widths{};
-  for (const Cells& cells : rows) {
-    for (std::size_t i = 0; i < widths.size(); ++i) {
-      widths[i] = std::max(widths[i], widthOf(cells[i]));
-    }
-  }
-  for (const Cells& cells : rows) {
-    for (std::size_t i = 0; i < widths.size(); ++i) {
-      out << cells[i] << std::string(widths[i] - widthOf(cells[i]) + 2, ' ');
-    }
-    out << cells.back() << '\n';
-  }
+  printColumns(rows, out);
 }
 
 // Of bytes that end in many zeros the first of those is shown, and ".." for the others.

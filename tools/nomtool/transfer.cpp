@@ -1,6 +1,7 @@
 // The input is closed before the output takes its name, which may be that of the input.
 #include "transfer.h"
 
+#include "runcommand.h"
 #include "storednumber.h"
 
 namespace nomtool {
@@ -31,24 +32,11 @@ void Transfer::commit() {
   _writer.commit();
 }
 
-int reportFaults(std::ostream& err, const std::function<void()>& work) {
-  try {
-    work();
-    return kExitDone;
-  } catch (const RefusedInput& refused) {
-    err << refused.what() << '\n';
-    return kExitRefused;
-  } catch (const StreamFault& fault) {
-    err << fault.what() << '\n';
-    return kExitUsage;
-  }
-}
-
 int runTransfer(const StreamOptions& options, std::ostream& out, std::ostream& err,
                 const std::function<void(Transfer&)>& work) {
   // What the command wrote to the same place before comes first.
   out.flush();
-  return reportFaults(err, [&] {
+  return runCommand(err, [&] {
     Transfer transfer(options, err);
     work(transfer);
     transfer.commit();

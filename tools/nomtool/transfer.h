@@ -52,9 +52,6 @@ class Transfer {
 int runTransfer(const StreamOptions& options, std::ostream& out, std::ostream& err,
                 const std::function<void(Transfer&)>& work);
 
-// Runs what may throw StreamFault and RefusedInput, and reports them. Returns the exit status.
-int reportFaults(std::ostream& err, const std::function<void()>& work);
-
 }  // namespace nomtool
 
 #endif  // NOMTOOL_TRANSFER_H

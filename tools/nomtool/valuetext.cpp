@@ -41,6 +41,26 @@ std::size_t widthOf(std::string_view text) {
   }));
 }
 
+void printColumns(const std::vector<std::vector<std::string>>& rows, std::ostream& out) {
+  std::vector<std::size_t> widths(rows.front().size());
+  for (const auto& cells : rows) {
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+      widths[i] = std::max(widths[i], widthOf(cells[i]));
+    }
+  }
+  for (const auto& cells : rows) {
+    std::size_t blanks = 0;
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+      if (!cells[i].empty()) {
+        out << std::string(blanks, ' ') << cells[i];
+        blanks = 0;
+      }
+      blanks += widths[i] - widthOf(cells[i]) + 2;
+    }
+    out << '\n';
+  }
+}
+
 std::optional<char> delimiterByte(std::string_view text) {
   if (text == "\\t" || text == "tab") return '\t';
   if (text.size() != 1 || text.find_first_of("\"\r\n") != text.npos) return std::nullopt;

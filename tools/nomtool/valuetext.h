@@ -5,8 +5,10 @@
 #include <charconv>
 #include <cstddef>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nomtool {
 
@@ -27,6 +29,10 @@ std::string hexOf(const void* bytes, std::size_t count);
 
 // Characters of a UTF-8 text, counted by the bytes that begin one.
 std::size_t widthOf(std::string_view text);
+
+// Rows of cells, at least one and all of one length, each column as wide as its widest cell.
+// Nothing stands behind the last cell of a row that is not empty.
+void printColumns(const std::vector<std::vector<std::string>>& rows, std::ostream& out);
 
 // The byte that an argument names as a delimiter, "tab" and "\\t" too, if it can lie between
 // fields.

@@ -3,6 +3,7 @@
 
 #include "nomos/dlldesc.h"
 
+#include "copycut.h"
 #include "nomos/directory.h"
 #include "nomos/lasterror.h"
 #include "nomos/log.h"
@@ -11,7 +12,6 @@
 #include "nomos/testhooks.h"
 #include "platform.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstring>
 
@@ -45,14 +45,6 @@ class Denial {
 
 constinit Denial deniedLibrary;
 constinit Denial deniedEntry;
-
-unsigned copyCut(const char* text, char* buffer, unsigned size) {
-  if (size == 0) return 0;
-  const std::size_t length = std::min<std::size_t>(std::strlen(text), size - 1);
-  std::memcpy(buffer, text, length);
-  buffer[length] = '\0';
-  return static_cast<unsigned>(length);
-}
 
 // The folder that the configuration names for a library, in normal form; empty when there is none.
 void findDirectory(const char* library, char (&directory)[kDirectoryRoom]) {
@@ -128,13 +120,13 @@ void* DllDesc::getMethod(const char* entry, bool logsFailure) noexcept {
 
 unsigned DllDesc::copyPath(char* buffer, unsigned size) const noexcept {
   ThreadMutexHold hold(_mutex);
-  if (!isLoaded()) return copyCut("", buffer, size);
+  if (!isLoaded()) return nomos::copyCut("", buffer, size);
   return platform::copyLibraryPath(_library, buffer, size);
 }
 
 unsigned DllDesc::copyFileName(char* buffer, unsigned size) const noexcept {
   ThreadMutexHold hold(_mutex);
-  return copyCut(isLoaded() ? _fileName : "", buffer, size);
+  return nomos::copyCut(isLoaded() ? _fileName : "", buffer, size);
 }
 
 void nosDenyLibrary(const char* name) noexcept {

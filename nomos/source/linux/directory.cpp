@@ -1,29 +1,17 @@
 // Where the library lies, and the environment. A library in /usr/lib, or in a folder of it, has its
 // files in /usr/share/nomutil; any other beside itself.
 
+#include "copycut.h"
 #include "linux/libraryfolder.h"
 #include "platform.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
-#include <algorithm>
 #include <climits>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
 namespace nomos::platform {
-namespace {
-
-unsigned copyCut(const std::string& text, char* buffer, unsigned size) {
-  if (size == 0) return 0;
-  const std::size_t length = std::min<std::size_t>(text.size(), size - 1);
-  std::memcpy(buffer, text.data(), length);
-  buffer[length] = '\0';
-  return static_cast<unsigned>(length);
-}
-
-}  // namespace
 
 std::string libraryFolder() {
   Dl_info info;

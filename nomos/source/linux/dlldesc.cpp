@@ -3,6 +3,7 @@
 
 #include "nomos/dlldesc.h"
 
+#include "copycut.h"
 #include "linux/icumodule.h"
 #include "platform.h"
 
@@ -26,14 +27,6 @@ constexpr unsigned kPathRoom = 640;
 
 bool fits(int length, unsigned size) {
   return length >= 0 && static_cast<unsigned>(length) < size;
-}
-
-unsigned copyCut(const char* text, char* buffer, unsigned size) {
-  if (size == 0) return 0;
-  const std::size_t length = std::min<std::size_t>(std::strlen(text), size - 1);
-  std::memcpy(buffer, text, length);
-  buffer[length] = '\0';
-  return static_cast<unsigned>(length);
 }
 
 }  // namespace
@@ -69,7 +62,8 @@ void* findEntry(void* library, const char* entry) noexcept {
 
 unsigned copyLibraryPath(void* library, char* buffer, unsigned size) noexcept {
   const link_map* map = nullptr;
-  return copyCut(dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 ? map->l_name : "", buffer, size);
+  return nomos::copyCut(dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 ? map->l_name : "", buffer,
+                        size);
 }
 
 }  // namespace nomos::platform
@@ -80,8 +74,9 @@ bool nosDescribeLocaleLibrary(char* path, unsigned pathSize, char* version,
   void* const address = findIcuEntry("nomosIcuVersion");
   Dl_info module;
   const bool isFound = address != nullptr && dladdr(address, &module) != 0;
-  copyCut(isFound ? module.dli_fname : "", path, pathSize);
-  copyCut(isFound ? reinterpret_cast<const char* (*)()>(address)() : "", version, versionSize);
+  nomos::copyCut(isFound ? module.dli_fname : "", path, pathSize);
+  nomos::copyCut(isFound ? reinterpret_cast<const char* (*)()>(address)() : "", version,
+                 versionSize);
   return isFound;
 }
 

@@ -1,6 +1,7 @@
 // Where the library lies, and the environment. The message files and the global configuration file
 // lie in the folder of nomos.dll.
 
+#include "copycut.h"
 #include "platform.h"
 
 #include <windows.h>
@@ -14,14 +15,6 @@ namespace nomos::platform {
 namespace {
 
 constexpr DWORD kPathRoom = 1024;
-
-unsigned copyCut(std::string_view text, char* buffer, unsigned size) {
-  if (size == 0) return 0;
-  const std::size_t length = std::min<std::size_t>(text.size(), size - 1);
-  std::memcpy(buffer, text.data(), length);
-  buffer[length] = '\0';
-  return static_cast<unsigned>(length);
-}
 
 }  // namespace
 
