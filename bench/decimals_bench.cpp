@@ -395,10 +395,8 @@ void registerPeer(const std::string& name, const char* mixes) {
     auto* const values = new Values<Peer>(texts(*mixes));
     forEachOperation<Peer>(*mixes, [&](const std::string& operation, auto run) {
       const auto loop = [run, values](benchmark::State& state) {
-        std::size_t i = 0;
-        for (auto unused : state) {
-          run(*values, i);
-          i = (i + 1) % kPairs;
+        while (state.KeepRunningBatch(kPairs)) {
+          for (std::size_t i = 0; i < kPairs; ++i) run(*values, i);
         }
         benchmark::ClobberMemory();
       };

@@ -138,36 +138,33 @@ struct Access {
   static char* render(const Decimal& rendered, char* buffer, std::uint32_t size,
                       std::uint32_t places);
 
-  // Leading limbs of a word that only repeat the sign: 0 to 3.
-  static unsigned redundantLimbs(std::int64_t top) { return 4 - limbsOf(top); }
-
-  // Normal forms of up to 7 limbs, the first of which stands at the top of the first word; and of
-  // up to 14 limbs behind `redundant` ones, 0 to 2, which stand at the top of `high`.
-  static Decimal fromTop(std::uint64_t first, std::uint64_t second, unsigned length,
-                         std::uint8_t scaleFactor) {
-    if (length <= 4) return fromImage(topWordImage(first, length, scaleFactor));
-    return fromImage(imageOf(first >> 16, first << 48 | second >> 16, length, scaleFactor));
+  // Length and scale factor as they stand, scale << 8 | length: a sum of headers adds up both.
+  static unsigned header(const Decimal& decimal) {
+    std::uint16_t header;
+    std::memcpy(&header, &decimal, sizeof header);
+    return header;
   }
 
-  static Decimal fromLongTop(UInt128 high, UInt128 low, unsigned redundant, unsigned length,
-                             std::uint8_t scaleFactor) {
-    std::uint64_t word[4] = {highWord(high), lowWord(high), highWord(low), lowWord(low)};
-    // Rotated, a word has at its end what the word above it takes.
-    const std::uint64_t taken = (std::uint64_t{1} << 16 * redundant) - 1;
-    std::uint64_t below = 0;
-    for (int i = 3; i >= 0; --i) {
-      const std::uint64_t rotated = std::rotl(word[i], static_cast<int>(16 * redundant));
-      word[i] = rotated ^ ((rotated ^ below) & taken);
-      below = rotated;
-    }
+  // Normal form of a product of up to 14 limbs, which stand at the top of the words; the first of
+  // them is dropped when it only repeats the sign. The limbs are moved in registers: a store whose
+  // place is known late makes the loads behind it wait.
+  static Decimal fromProduct(const std::uint64_t (&word)[4], bool isRedundant, unsigned headers) {
+    const WordVector high = {word[0], word[1]};
+    const WordVector low = {word[2], word[3]};
+    const auto first =
+        reinterpret_cast<WholeVector>(reverseWithinWords(reinterpret_cast<LimbVector>(high)));
+    const auto second =
+        reinterpret_cast<WholeVector>(reverseWithinWords(reinterpret_cast<LimbVector>(low)));
+    const std::uint64_t stays = 0 - std::uint64_t{isRedundant};
+    const WordVector mask = {stays, stays};
+    auto image = reinterpret_cast<LimbVector>(
+        chosen(first, first << 16, reinterpret_cast<WholeVector>(mask)));
+    image[0] = static_cast<std::uint16_t>(headers - isRedundant);
+    const WholeVector next =
+        chosen(second, second << 16 | first >> 112, reinterpret_cast<WholeVector>(mask));
     Decimal result;
-    result._length = static_cast<std::uint8_t>(length);
-    result._scaleFactor = scaleFactor;
-    for (int i = 0; i < 4; i += 2) {
-      const WordVector words = {word[i], word[i + 1]};
-      const LimbVector limbs = reverseWithinWords(reinterpret_cast<LimbVector>(words));
-      std::memcpy(result._value + 4 * i, &limbs, sizeof limbs);
-    }
+    putImage(result, image);
+    std::memcpy(reinterpret_cast<char*>(&result) + sizeof image, &next, sizeof next);
     return result;
   }
 
@@ -175,6 +172,11 @@ struct Access {
   static_assert(offsetof(Decimal, _length) == 0 && offsetof(Decimal, _scaleFactor) == 1);
   static_assert(offsetof(Decimal, _value) == 2 && offsetof(Decimal, _valid) == 44);
   static_assert(std::endian::native == std::endian::little);
+
+  // The bits of `a` where the mask is 1, of `b` elsewhere.
+  static WholeVector chosen(WholeVector a, WholeVector b, WholeVector mask) {
+    return b ^ ((a ^ b) & mask);
+  }
 
   // The first 16 bytes of a Decimal are its header and 7 limbs: those of a value of 1 to 4 limbs,
   // which stand at the top of a word.

@@ -86,6 +86,11 @@ inline UInt128 magnitudeOf(Int128 value) {
   return value < 0 ? 0 - bits : bits;
 }
 
+inline std::uint64_t magnitudeOf(std::int64_t value) {
+  const auto bits = static_cast<std::uint64_t>(value);
+  return value < 0 ? 0 - bits : bits;
+}
+
 inline bool fitsValue(UInt128 magnitude) {
   return highWord(magnitude) >> 63 == 0;
 }
@@ -94,26 +99,61 @@ inline Int128 signedValue(UInt128 magnitude, bool negative) {
   return static_cast<Int128>(negative ? 0 - magnitude : magnitude);
 }
 
-// A product of at most 256 bits.
+// A product of four words, the first one topmost. Word by word, and the carries by hand: of 128-bit
+// integers the compiler keeps halves in memory here, and waits for them.
 struct Product {
-  UInt128 high;
-  UInt128 low;
+  std::uint64_t word[4];
 };
 
+// high:low = a * b.
+inline void multiplyWords(std::uint64_t a, std::uint64_t b, std::uint64_t& high,
+                          std::uint64_t& low) {
+  __asm__("mulq %[b]" : "=a"(low), "=d"(high) : "a"(a), [b] "r"(b) : "cc");
+}
+
+// top:high:low += a * b.
+inline void addProduct(std::uint64_t a, std::uint64_t b, std::uint64_t& top, std::uint64_t& high,
+                       std::uint64_t& low) {
+  std::uint64_t productLow = a;
+  std::uint64_t productHigh;
+  __asm__(
+      "mulq %[b]\n\t"
+      "addq %[productLow], %[low]\n\t"
+      "adcq %[productHigh], %[high]\n\t"
+      "adcq $0, %[top]"
+      : [productLow] "+a"(productLow), [productHigh] "=&d"(productHigh), [top] "+r"(top),
+        [high] "+r"(high), [low] "+r"(low)
+      : [b] "r"(b)
+      : "cc");
+}
+
+// high:low -= byHigh:byLow.
+inline void subtractWords(std::uint64_t& high, std::uint64_t& low, std::uint64_t byHigh,
+                          std::uint64_t byLow) {
+  __asm__(
+      "subq %[byLow], %[low]\n\t"
+      "sbbq %[byHigh], %[high]"
+      : [high] "+r"(high), [low] "+r"(low)
+      : [byHigh] "r"(byHigh), [byLow] "r"(byLow)
+      : "cc");
+}
+
 inline Product multiplyMagnitudes(UInt128 a, UInt128 b) {
-  const UInt128 low = UInt128{lowWord(a)} * lowWord(b);
-  const UInt128 cross = UInt128{lowWord(a)} * highWord(b) + highWord(low);
-  const UInt128 other = UInt128{highWord(a)} * lowWord(b) + lowWord(cross);
-  const UInt128 high = UInt128{highWord(a)} * highWord(b) + highWord(cross) + highWord(other);
-  return {high, joinWords(lowWord(other), lowWord(low))};
+  Product product;
+  std::uint64_t(&word)[4] = product.word;
+  multiplyWords(highWord(a), highWord(b), word[0], word[1]);
+  multiplyWords(lowWord(a), lowWord(b), word[2], word[3]);
+  addProduct(highWord(a), lowWord(b), word[0], word[1], word[2]);
+  addProduct(lowWord(a), highWord(b), word[0], word[1], word[2]);
+  return product;
 }
 
 // dividend / divisor for a divisor of one word. False when the quotient exceeds 127 bits.
 inline bool divideByOneWord(const Product& dividend, std::uint64_t divisor, UInt128& quotient) {
-  if (dividend.high >= divisor) return false;
-  std::uint64_t rest = lowWord(dividend.high);
-  const std::uint64_t high = divideTwoByOne(rest, highWord(dividend.low), divisor, rest);
-  const std::uint64_t low = divideTwoByOne(rest, lowWord(dividend.low), divisor, rest);
+  if (dividend.word[0] != 0 || dividend.word[1] >= divisor) return false;
+  std::uint64_t rest = dividend.word[1];
+  const std::uint64_t high = divideTwoByOne(rest, dividend.word[2], divisor, rest);
+  const std::uint64_t low = divideTwoByOne(rest, dividend.word[3], divisor, rest);
   quotient = joinWords(high, low);
   return fitsValue(quotient);
 }
@@ -137,7 +177,10 @@ inline std::uint64_t divideStep(UInt128& top, std::uint64_t next, UInt128 diviso
     rest = joinWords(lowWord(sum), next);
   }
   // Too large an estimate is undone by adding the divisor back, until that carries.
-  const UInt128 product = UInt128{estimate} * lowWord(divisor);
+  std::uint64_t high;
+  std::uint64_t low;
+  multiplyWords(estimate, lowWord(divisor), high, low);
+  const UInt128 product = joinWords(high, low);
   top = rest - product;
   for (bool below = product > rest; below;) {
     --estimate;
@@ -155,21 +198,26 @@ inline UInt128 shifted(UInt128 value, std::uint64_t next, unsigned left) {
 // The same for a divisor of two words.
 inline bool divideByTwoWords(const Product& dividend, UInt128 divisor, UInt128& quotient) {
   // The quotient has two words only when the upper half is below the divisor.
-  if (dividend.high >= divisor) return false;
+  const std::uint64_t(&word)[4] = dividend.word;
+  if (joinWords(word[0], word[1]) >= divisor) return false;
   const auto shift = static_cast<unsigned>(std::countl_zero(highWord(divisor)));
   const UInt128 normal = shifted(divisor, 0, shift);
-  UInt128 top = shifted(dividend.high, highWord(dividend.low), shift);
-  const UInt128 below = shifted(dividend.low, 0, shift);
+  UInt128 top = shifted(joinWords(word[0], word[1]), word[2], shift);
+  const UInt128 below = shifted(joinWords(word[2], word[3]), 0, shift);
   const std::uint64_t high = divideStep(top, highWord(below), normal);
   const std::uint64_t low = divideStep(top, lowWord(below), normal);
   quotient = joinWords(high, low);
   return fitsValue(quotient);
 }
 
-// 2^64 is 1 modulo 5, so the words of a value and their carry add up.
+// 2^64 is 1 modulo 5, so the words of a value and their carry add up; the multiples of 5 are the
+// least fifth of the numbers when all are multiplied by its inverse.
 inline bool isDivisibleByTen(UInt128 value) {
-  const UInt128 sum = UInt128{lowWord(value)} + highWord(value);
-  const bool byFive = (lowWord(sum) + highWord(sum)) % 5 == 0;
+  constexpr std::uint64_t kInverseOfFive = 0xcccccccccccccccd;
+  static_assert(kInverseOfFive * 5 == 1);
+  std::uint64_t sum;
+  const bool carry = __builtin_add_overflow(lowWord(value), highWord(value), &sum);
+  const bool byFive = (sum + carry) * kInverseOfFive <= ~std::uint64_t{0} / 5;
   // No shortcut for odd values: half of them are, and a branch would be mispredicted.
   return static_cast<int>(byFive) & static_cast<int>((lowWord(value) & 1) == 0);
 }
@@ -187,10 +235,23 @@ constexpr UInt128 kTenTo23 = UInt128{powerOfTen(19)} * powerOfTen(4);
 
 // realDivide in registers: the magnitude of dividend * 10^23 / divisor, cut. False when a register
 // does not hold it, or the divisor is 0.
+inline bool divideMagnitudes(std::uint64_t dividend, std::uint64_t divisor, UInt128& quotient) {
+  Product scaled = {};
+  std::uint64_t(&word)[4] = scaled.word;
+  multiplyWords(dividend, highWord(kTenTo23), word[1], word[2]);
+  addProduct(dividend, lowWord(kTenTo23), word[1], word[2], word[3]);
+  return divideByOneWord(scaled, divisor, quotient);
+}
 inline bool divideMagnitudes(UInt128 dividend, UInt128 divisor, UInt128& quotient) {
   const Product scaled = multiplyMagnitudes(dividend, kTenTo23);
   return highWord(divisor) == 0 ? divideByOneWord(scaled, lowWord(divisor), quotient)
                                 : divideByTwoWords(scaled, divisor, quotient);
+}
+
+// The normal form of a quotient of 23 places.
+inline Decimal quotientOf(UInt128 magnitude, bool negative) {
+  const int places = stripZeros(magnitude);
+  return Access::fromValue(signedValue(magnitude, negative), static_cast<std::uint8_t>(places));
 }
 
 // The 128-bit halves of the operators stay out of line: the 64-bit halves need few registers.
@@ -212,36 +273,30 @@ inline bool divideMagnitudes(UInt128 dividend, UInt128 divisor, UInt128& quotien
   return Access::fromValue(a, commonScale(left, right));
 }
 
-// The factor taken once, when the other one is negative: read as unsigned, a negative word is
-// larger by 2^64.
-inline std::uint64_t correction(std::int64_t negative, std::uint64_t factor) {
-  return static_cast<std::uint64_t>(negative >> 63) & factor;
-}
-
-inline Int128 multiplyWords(std::int64_t left, std::uint64_t right) {
-  const UInt128 product = UInt128{static_cast<std::uint64_t>(left)} * right;
-  return static_cast<Int128>(
-      joinWords(highWord(product) - correction(left, right), lowWord(product)));
+// All ones when the word is negative.
+inline std::uint64_t signMask(std::uint64_t word) {
+  return static_cast<std::uint64_t>(static_cast<std::int64_t>(word) >> 63);
 }
 
 // A product needs no shift of its operands: each is multiplied where it stands, at the top of its
 // words, and the product comes out at the top as well.
 [[gnu::noinline]] Decimal multiplyValues(const Decimal& left, const Decimal& right) {
   if (Access::areShort(left, right)) {
-    const std::int64_t a = Access::topWord(left);
-    const std::int64_t b = Access::topWord(right);
+    const auto a = static_cast<std::uint64_t>(Access::topWord(left));
+    const auto b = static_cast<std::uint64_t>(Access::topWord(right));
     const std::uint64_t aNext = Access::nextWord(left);
     const std::uint64_t bNext = Access::nextWord(right);
-    const UInt128 low = UInt128{aNext} * bNext;
-    const Int128 cross = multiplyWords(a, bNext) + highWord(low);
-    const Int128 other = multiplyWords(b, aNext) + lowWord(static_cast<UInt128>(cross));
-    const Int128 high = Int128{a} * b + (cross >> 64) + (other >> 64);
-    // Of normal operands that are not 0 at most 2 limbs of the product are redundant.
-    const unsigned redundant = Access::redundantLimbs(static_cast<std::int64_t>(high >> 64));
-    if (redundant <= 2) {
-      return Access::fromLongTop(
-          static_cast<UInt128>(high), joinWords(lowWord(static_cast<UInt128>(other)), lowWord(low)),
-          redundant, left.getLength() + right.getLength() - redundant, productScale(left, right));
+    Product product = multiplyMagnitudes(joinWords(a, aNext), joinWords(b, bNext));
+    // Read as a magnitude, a negative factor is larger by 2^128.
+    const std::uint64_t aSign = signMask(a);
+    const std::uint64_t bSign = signMask(b);
+    subtractWords(product.word[0], product.word[1], b & aSign, bNext & aSign);
+    subtractWords(product.word[0], product.word[1], a & bSign, aNext & bSign);
+    // Of normal operands that are not 0 at most 2 limbs of the product are redundant, and 2 seldom.
+    const std::uint64_t size = product.word[0] ^ signMask(product.word[0]);
+    if (size >> 31 != 0) [[likely]] {
+      return Access::fromProduct(product.word, size >> 47 == 0,
+                                 Access::header(left) + Access::header(right));
     }
   }
   return generalMultiply(left, right);
@@ -322,7 +377,8 @@ using namespace nomutil::decimals;
 Decimal operator+(const Decimal& left, const Decimal& right) {
   std::int64_t word;
   std::int64_t addend;
-  if (loadWords(left, right, word, addend) && !__builtin_add_overflow(word, addend, &word)) {
+  if (loadWords(left, right, word, addend) && !__builtin_add_overflow(word, addend, &word))
+      [[likely]] {
     return Access::fromWord(word, commonScale(left, right));
   }
   return addValues(left, right);
@@ -331,24 +387,18 @@ Decimal operator+(const Decimal& left, const Decimal& right) {
 Decimal operator-(const Decimal& left, const Decimal& right) {
   std::int64_t word;
   std::int64_t subtrahend;
-  if (loadWords(left, right, word, subtrahend) &&
-      !__builtin_sub_overflow(word, subtrahend, &word)) {
+  if (loadWords(left, right, word, subtrahend) && !__builtin_sub_overflow(word, subtrahend, &word))
+      [[likely]] {
     return Access::fromWord(word, commonScale(left, right));
   }
   return subtractValues(left, right);
 }
 
 Decimal operator*(const Decimal& left, const Decimal& right) {
-  if (Access::areWords(left, right)) {
-    const Int128 product = Int128{Access::topWord(left)} * Access::topWord(right);
-    const std::uint64_t high = highWord(static_cast<UInt128>(product));
-    const std::uint64_t low = lowWord(static_cast<UInt128>(product));
-    const unsigned redundant = Access::redundantLimbs(static_cast<std::int64_t>(high));
-    const unsigned length = left.getLength() + right.getLength() - redundant;
-    if (redundant <= 2 && length <= kMaxFastLimbs) {
-      return Access::fromTop(shiftedHigh(high, low, 16 * redundant), low << 16 * redundant, length,
-                             productScale(left, right));
-    }
+  std::int64_t product;
+  if (Access::areWords(left, right) &&
+      !__builtin_mul_overflow(Access::word(left), Access::word(right), &product)) [[likely]] {
+    return Access::fromWord(product, productScale(left, right));
   }
   return multiplyValues(left, right);
 }
@@ -376,16 +426,20 @@ Decimal operator-(const Decimal& value) {
 }
 
 Decimal Decimal::realDivide(const Decimal& divisor) const {
+  std::int64_t word;
+  std::int64_t by;
+  UInt128 quotient;
+  if (loadWords(*this, divisor, word, by) &&
+      divideMagnitudes(magnitudeOf(word), magnitudeOf(by), quotient)) {
+    return quotientOf(quotient, (word < 0) != (by < 0));
+  }
   Int128 a;
   Int128 b;
-  UInt128 quotient;
-  if (!loadValues(*this, divisor, a, b)) return generalRealDivide(*this, divisor);
-  if (!divideMagnitudes(magnitudeOf(a), magnitudeOf(b), quotient)) {
-    return generalRealDivide(*this, divisor);
+  if (loadValues(*this, divisor, a, b) &&
+      divideMagnitudes(magnitudeOf(a), magnitudeOf(b), quotient)) [[likely]] {
+    return quotientOf(quotient, (a < 0) != (b < 0));
   }
-  const int places = stripZeros(quotient);
-  return Access::fromValue(signedValue(quotient, (a < 0) != (b < 0)),
-                           static_cast<std::uint8_t>(places));
+  return generalRealDivide(*this, divisor);
 }
 
 bool operator==(const Decimal& left, const Decimal& right) {
