@@ -106,6 +106,20 @@ function(nomutil_link_families program)
   target_link_libraries(${program} PRIVATE nomutil_flags nomos)
 endfunction()
 
+# nomutil_fuzz_program(program name [source...]): a program of fuzz/NAME_fuzz.cpp and these sources.
+# It links the families' objects, so that hidden code is reached too.
+function(nomutil_fuzz_program program name)
+  add_executable(${program} ${PROJECT_SOURCE_DIR}/fuzz/${name}_fuzz.cpp ${ARGN})
+  nomutil_link_families(${program})
+  if(name STREQUAL snapshot)  # the tool reads them
+    set(tool ${PROJECT_SOURCE_DIR}/tools/nomtool)
+    foreach(file columnform rowpieces rowscanner snapshot snapshotreader storednumber valuetext)
+      target_sources(${program} PRIVATE ${tool}/${file}.cpp)
+    endforeach()
+    target_include_directories(${program} PRIVATE ${tool})
+  endif()
+endfunction()
+
 # nomutil_version_resource(TARGET description): on Windows, a version resource made from the
 # project's version; nothing elsewhere.
 function(nomutil_version_resource target description)

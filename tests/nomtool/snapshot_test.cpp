@@ -1,5 +1,4 @@
 // pack, inspect and unpack: what comes back, the forms of columns, and snapshots that are damaged.
-#include "runprogress.h"
 #include "toolfiles.h"
 
 #include <gtest/gtest.h>
@@ -117,6 +116,7 @@ TEST_F(Snapshots, TellWhichRowsComeBackWrittenInAnotherWay) {
       {"a,b\n\n1,2\r\n", "a,b\n1,2\n", "2 rows will come back written in another way\n"},
       {"\"a\",b\n1,2", "a,b\n1,2", "1 row will come back written in another way\n"},
       {"a\n\n1\n", "a\n\n1\n", ""},  // an empty field of the only column
+      {"\n1\n", "\n1\n", ""},        // which has no name
       {"a,b\n1,2\n\n", "a,b\n1,2\n", "1 row will come back written in another way\n"},
   };
   for (const auto& row : rows) {
@@ -205,7 +205,7 @@ TEST_F(DamagedSnapshots, AreRefusedAndSalvagedWhateverByteIsWrong) {
   const std::size_t firstBlock = _whole.find("NBLK");
   ASSERT_NE(firstBlock, _whole.npos);
   ASSERT_GT(std::count(_whole.begin(), _whole.end(), 'N'), 4);
-  for (std::size_t i = 0; i < _whole.size(); i += i < firstBlock ? 7 : 1) {
+  for (std::size_t i = 0; i < _whole.size(); ++i) {
     SCOPED_TRACE("byte " + std::to_string(i));
     std::string damaged = _whole;
     damaged[i] = static_cast<char>(damaged[i] ^ (1 << i % 8));
@@ -216,10 +216,32 @@ TEST_F(DamagedSnapshots, AreRefusedAndSalvagedWhateverByteIsWrong) {
 }
 
 TEST_F(DamagedSnapshots, AreRefusedAndSalvagedWhereverTheyAreCut) {
-  for (std::size_t length = 0; length < _whole.size(); length += length < 300 ? 13 : 1) {
+  for (std::size_t length = 0; length < _whole.size(); ++length) {
     SCOPED_TRACE("length " + std::to_string(length));
     expectHarmless(_whole.substr(0, length));
   }
+}
+
+// A field that holds a snapshot is no place to find rows in. Bytes by chance are not compressed, so
+// that blocks of the inner snapshot stand in the outer one as they are.
+TEST_F(DamagedSnapshots, GiveNoRowsOfASnapshotInAField) {
+  std::mt19937 random(1);
+  std::string inner = "n,raw\n";
+  for (int i = 0; i < 6; ++i) {
+    inner += std::to_string(i) + ",";
+    for (int j = 0; j < 12'000; ++j) inner += static_cast<char>(128 + random() % 128);
+    inner += '\n';
+  }
+  pack(inner, "-b 1000");
+  std::string quoted;
+  for (const char c : read("snapshot")) quoted += c == '"' ? "\"\"" : std::string(1, c);
+  const std::string left = "8," + std::string(30'000, 'x') + '\n';  // in a block of its own
+  pack("n,raw\n7,\"" + quoted + "\"\n" + left, "-b 20000");
+  std::string damaged = read("snapshot");
+  const std::size_t block = damaged.find("NBLK");
+  ASSERT_LT(damaged.find("NBLK", block + 4), damaged.rfind("NBLK"));  // the inner one
+  damaged[block + 40] ^= 1;
+  EXPECT_EQ(unpack(damaged, "--salvage"), std::pair(1, "n,raw\n" + left));
 }
 
 TEST_F(DamagedSnapshots, TellWhatIsLost) {
@@ -248,15 +270,6 @@ TEST_F(DamagedSnapshots, TellWhatIsLost) {
   EXPECT_EQ(expectHarmless(std::string(_whole).insert(
                 blocks[2], _whole.substr(blocks[1], blocks[2] - blocks[1]))),
             _lines.size());
-}
-
-TEST_F(Snapshots, AreLeftAloneByACommandThatIsStopped) {
-  write("text", "a,b\n1,2\n");
-  write("snapshot", "before");
-  nomtool::RunProgress::interrupt();
-  EXPECT_EQ(runTool("pack -q @text @snapshot"),
-            Outcome(nomtool::kExitInterrupted, "", "interrupted; nothing was written\n"));
-  EXPECT_EQ(read("snapshot"), "before");
 }
 
 TEST_F(Snapshots, ShowTheirProgressAsLines) {

@@ -122,7 +122,7 @@ class Decoder {
 }  // namespace
 
 int base64Command(const Base64Options& options, std::ostream& out, std::ostream& err) {
-  return runTransfer(options.streams, out, err, [&](Transfer& transfer) {
+  return runTransfer("base64", options.streams, out, err, [&](Transfer& transfer) {
     if (options.decode) {
       Decoder(transfer).run();
     } else {

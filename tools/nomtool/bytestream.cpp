@@ -18,6 +18,10 @@ StreamFault::StreamFault(const std::string& name)
     : std::runtime_error(name + ": " +
                          std::system_category().message(static_cast<int>(nosGetLastError()))) {}
 
+bool isTerminal(const std::string& path) {
+  return path == kStandard && nosIsTerminal(NosStream::Output);
+}
+
 ByteReader::ByteReader(const std::string& path)
     : _name(path == kStandard ? "standard input" : path) {
   const bool isOpen =
@@ -64,10 +68,6 @@ void ByteWriter::commit() {
   _file.close();
   if (!nosReplaceFile(_part.c_str(), _path.c_str())) throw StreamFault(_path);
   _part.clear();
-}
-
-bool ByteWriter::isTerminal() const {
-  return _path == "standard output" && nosIsTerminal(NosStream::Output);
 }
 
 }  // namespace nomtool

@@ -21,6 +21,9 @@ class StreamFault : public std::runtime_error {
   explicit StreamFault(const std::string& name);
 };
 
+// Whether what is written to the path is seen by a person.
+bool isTerminal(const std::string& path);
+
 class ByteReader {
  public:
   explicit ByteReader(const std::string& path);
@@ -40,6 +43,7 @@ class ByteReader {
 
 // What is written goes to a file beside the one that is named, "NAME.part" and a number, which
 // replaces that one on commit and is deleted without it. Devices and pipes are written at once.
+// Its user lives within a RunProgress, so that an interrupt does not end the program before that.
 class ByteWriter {
  public:
   explicit ByteWriter(const std::string& path);
@@ -51,8 +55,6 @@ class ByteWriter {
   void write(std::string_view bytes);
   // Nothing is written behind it.
   void commit();
-
-  bool isTerminal() const;
 
  private:
   std::string _path;

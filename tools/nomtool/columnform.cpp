@@ -108,6 +108,18 @@ ColumnForm formOfTime(std::string_view field) {
   return hasMillis ? ColumnForm::kTimeStampMillis : ColumnForm::kTimeStamp;
 }
 
+// Whether the text of a decimal is that of one that can be stored: bytes from outside may hold more
+// digits.
+bool isStorable(const char* text) {
+  constexpr std::size_t kSureLength = 23;
+  if (std::strlen(text) <= kSureLength) return true;
+  DskDecimal stored{};
+  char again[64];
+  return nomDecimalFromString(text, &stored) &&
+         nomDecimalToString(&stored, again, sizeof again, stored.scaleFactor) &&
+         std::strcmp(text, again) == 0;
+}
+
 bool comesBack(ColumnForm form, std::string_view field) {
   const ValueBytes value = valueOf(form, field);
   std::string text;
@@ -233,6 +245,7 @@ bool appendValue(std::string& text, ColumnForm form, std::string_view bytes) {
     case ColumnForm::kDecimal: {
       const auto value = valueFrom<DskDecimal>(bytes);
       if (!nomDecimalToString(&value, buffer, sizeof buffer, value.scaleFactor)) return false;
+      if (!isStorable(buffer)) return false;
       text += buffer;
       return true;
     }
@@ -250,7 +263,8 @@ bool appendValue(std::string& text, ColumnForm form, std::string_view bytes) {
   text += date;
   if (form != ColumnForm::kDateSlash) text[begin + 4] = text[begin + 7] = '-';
   if (!isTimeStamp(form)) return true;
-  if (stamp.time >= kMillisOfDay) return false;
+  const bool hasMillis = form >= ColumnForm::kTimeStampMillis;
+  if (stamp.time >= kMillisOfDay || (!hasMillis && stamp.time % 1'000 != 0)) return false;
   const bool hasT = form == ColumnForm::kTimeStampT || form == ColumnForm::kTimeStampMillisT;
   text += hasT ? 'T' : ' ';
   appendDigits(text, stamp.time / 3'600'000, 2);
@@ -258,7 +272,7 @@ bool appendValue(std::string& text, ColumnForm form, std::string_view bytes) {
   appendDigits(text, stamp.time / 60'000 % 60, 2);
   text += ':';
   appendDigits(text, stamp.time / 1'000 % 60, 2);
-  if (form >= ColumnForm::kTimeStampMillis) {
+  if (hasMillis) {
     text += '.';
     appendDigits(text, stamp.time % 1'000, 3);
   }

@@ -5,12 +5,12 @@
 namespace nomtool {
 
 int compressCommand(const CompressOptions& options, std::ostream& out, std::ostream& err) {
-  return runTransfer(options.streams, out, err,
+  return runTransfer("compress", options.streams, out, err,
                      [&](Transfer& transfer) { compressStream(transfer, options.level); });
 }
 
 int uncompressCommand(const UncompressOptions& options, std::ostream& out, std::ostream& err) {
-  return runTransfer(options.streams, out, err, uncompressStream);
+  return runTransfer("uncompress", options.streams, out, err, uncompressStream);
 }
 
 }  // namespace nomtool

@@ -241,10 +241,10 @@ void show(const DynamicObject& object, const ObjectOptions& options, std::ostrea
   if (options.images) printImages(imagesOf(object), out);
 }
 
-void makeObject(const ObjectOptions& options) {
+void makeObject(const ObjectOptions& options, std::ostream& err) {
   const DskObjectId parent = options.parent.empty() ? DskObjectId{} : identifierOf(options.parent);
   const auto kind = options.relational ? DynamicObject::kRpsKind : DynamicObject::kKoraKind;
-  writeObject(*newObject(parent, kind), options.file);
+  writeObject(*newObject(parent, kind), options.file, err);
 }
 
 }  // namespace
@@ -266,11 +266,11 @@ int objectCommand(const ObjectOptions& options, std::ostream& out, std::ostream&
     return kExitUsage;
   }
   return runCommand(err, [&] {
-    if (isNew) return makeObject(options);
+    if (isNew) return makeObject(options, err);
     const ObjectPointer object = readObject(options.file);
     if (options.action == "show") return show(*object, options, out);
     isDefine ? defineProperty(*object, options, format) : setProperty(*object, options);
-    writeObject(*object, options.file);
+    writeObject(*object, options.file, err);
   });
 }
 

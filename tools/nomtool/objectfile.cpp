@@ -4,6 +4,7 @@
 
 #include "bytestream.h"
 #include "checksum.h"
+#include "runprogress.h"
 #include "storednumber.h"
 #include "transfer.h"
 
@@ -156,7 +157,7 @@ ObjectPointer readObject(const std::string& path) {
   return object;
 }
 
-void writeObject(const DynamicObject& object, const std::string& path) {
+void writeObject(const DynamicObject& object, const std::string& path, std::ostream& err) {
   const std::string_view images[] = {viewOf(object.getPropertyDescriptions()),
                                      viewOf(object.getValues()), viewOf(object.getLongValues())};
   FileHeader header;
@@ -169,6 +170,7 @@ void writeObject(const DynamicObject& object, const std::string& path) {
   header.longValueLength = static_cast<std::uint32_t>(images[2].size());
   std::memcpy(header.formatDesc, object.getFormatDesc(), sizeof header.formatDesc);
 
+  RunProgress progress(err, true);
   ByteWriter writer(path);
   Checksum sum;
   const auto write = [&](const void* bytes, std::size_t byteCount) {
@@ -179,6 +181,7 @@ void writeObject(const DynamicObject& object, const std::string& path) {
   for (const std::string_view image : images) write(image.data(), image.size());
   const std::uint32_t value = sum.value();
   writer.write({reinterpret_cast<const char*>(&value), sizeof value});
+  progress.reach(0);
   writer.commit();
 }
 

@@ -6,6 +6,7 @@
 #include "sys/dynaobj.h"
 
 #include <memory>
+#include <ostream>
 #include <string>
 
 namespace nomtool {
@@ -24,8 +25,8 @@ DynamicObject::Kind kindOf(const DynamicObject& object);
 ObjectPointer readObject(const std::string& path);
 
 // "-" is the standard output. The file appears, or is replaced, when it is whole. Throws
-// StreamFault.
-void writeObject(const DynamicObject& object, const std::string& path);
+// StreamFault, and Interrupted when the user has stopped the command.
+void writeObject(const DynamicObject& object, const std::string& path, std::ostream& err);
 
 }  // namespace nomtool
 

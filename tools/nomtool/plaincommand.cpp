@@ -66,7 +66,7 @@ void plain(Transfer& transfer, int options) {
 }  // namespace
 
 int plainCommand(const PlainOptions& options, std::ostream& out, std::ostream& err) {
-  return runTransfer(options.streams, out, err, [&](Transfer& transfer) {
+  return runTransfer("plain", options.streams, out, err, [&](Transfer& transfer) {
     plain(transfer, options.markup ? kPlainTextMarkup : 0);
   });
 }

@@ -10,7 +10,6 @@
 namespace nomtool {
 namespace {
 
-constexpr std::string_view kMark = "\xEF\xBB\xBF";
 constexpr std::size_t kMostRowBytes = 64u << 20;
 
 }  // namespace
@@ -24,10 +23,10 @@ RowPieces::RowPieces(const std::string& path, char delimiter, std::size_t pieceB
   _form.delimiter = delimiter;
   while (_rest.find('\n') == _rest.npos && _fill()) {
   }
-  if (std::string_view(_rest).substr(0, kMark.size()) == kMark) {
+  if (std::string_view(_rest).substr(0, kTextMark.size()) == kTextMark) {
     _form.hasMark = true;
-    _offset = kMark.size();
-    _rest.erase(0, kMark.size());
+    _offset = kTextMark.size();
+    _rest.erase(0, kTextMark.size());
   }
   const std::size_t lineEnd = _rest.find('\n');
   _form.hasReturns = lineEnd != _rest.npos && lineEnd > 0 && _rest[lineEnd - 1] == '\r';

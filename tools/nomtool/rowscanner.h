@@ -11,16 +11,23 @@
 
 namespace nomtool {
 
+inline constexpr std::string_view kTextMark = "\xEF\xBB\xBF";  // in UTF-8
+
 // How a text is written but for its rows. A row is written with quotes around the fields that need
 // them: those with a delimiter, a quote, CR or LF.
 struct TextForm {
   char delimiter = ',';
-  bool hasMark = false;        // a UTF-8 byte order mark at the start
+  bool hasMark = false;        // a byte order mark at the start
   bool hasReturns = false;     // lines end with CR LF, else with LF
   bool isLastRowEnded = true;  // the last line has an end, too
 
   std::string_view lineEnd() const { return hasReturns ? "\r\n" : "\n"; }
 };
+
+// Whether rows can be read again whose fields stand between such characters.
+constexpr bool isDelimiter(char c) {
+  return c != '"' && c != '\r' && c != '\n';
+}
 
 // Appends a field as it is written, without a delimiter.
 void appendField(std::string& text, std::string_view field, char delimiter);

@@ -14,7 +14,7 @@ int runCommand(std::ostream& err, const std::function<void()>& work) {
     work();
     return kExitDone;
   } catch (const Interrupted& stop) {
-    err << stop.what() << "; nothing was written\n";
+    err << stop.what() << "; no file was changed\n";
     return kExitInterrupted;
   } catch (const StreamFault& fault) {
     err << fault.what() << '\n';

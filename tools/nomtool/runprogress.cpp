@@ -1,4 +1,5 @@
-// The interrupt only sets a flag, which the callbacks see.
+// The interrupt only sets a flag, which the callbacks see. A second one ends the program at once:
+// the command may wait for input that does not come.
 #include "runprogress.h"
 
 #include <atomic>
@@ -11,6 +12,7 @@ std::atomic<bool> interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
 
 void onSignal(int) {
+  std::signal(SIGINT, SIG_DFL);
   RunProgress::interrupt();
 }
 
@@ -25,6 +27,8 @@ RunProgress::RunProgress(std::ostream& err, bool isQuiet)
       _isQuiet(isQuiet),
       _isTerminal(showsProgress(err)),
       _former(std::signal(SIGINT, onSignal)) {
+  // A shell has its background jobs ignore interrupts.
+  if (_former == SIG_IGN) std::signal(SIGINT, SIG_IGN);
   setByteProgressCB(onBytes);
   setHeartbeatCB(onHeartbeat);
 }

@@ -25,7 +25,9 @@ constexpr std::string_view kAbsentName = "absent fields";
 constexpr std::size_t kFixedHeaderSize = 24;
 constexpr std::size_t kChecksumSize = 4;
 constexpr std::uint32_t kMostHeaderText = 1u << 24;
-constexpr char kBlockOfBytes = 9;  // the first byte of a compressed block of bytes
+constexpr char kBlockOfBytes = 9;               // the first byte of a compressed block of bytes
+constexpr std::uint64_t kMostExpansion = 1032;  // bytes that one of a deflate stream can give
+constexpr const char* kWrongHeader = "a wrong header";
 constexpr std::uint32_t kReturnsFlag = 1;
 constexpr std::uint32_t kLastRowEndedFlag = 2;
 constexpr std::uint32_t kMarkFlag = 4;
@@ -90,9 +92,9 @@ std::string propertyName(const std::string& column, std::size_t index,
                          std::set<std::string>& taken) {
   const bool isName = !column.empty() && column.size() <= DynamicObject::kMaximumNameLength &&
                       column.find('\0') == column.npos && column != kAbsentName;
-  std::string name = isName ? column : "column " + std::to_string(index + 1);
-  while (!taken.insert(name).second) name = "column " + std::to_string(index + 1) + ' ' + name;
-  name.resize(std::min<std::size_t>(name.size(), DynamicObject::kMaximumNameLength));
+  const std::string number = "column " + std::to_string(index + 1);
+  std::string name = isName && !taken.contains(column) ? column : number;
+  for (unsigned i = 2; !taken.insert(name).second; ++i) name = number + ' ' + std::to_string(i);
   return name;
 }
 
@@ -149,7 +151,7 @@ std::optional<std::size_t> SnapshotSchema::headerLength(std::string_view bytes) 
   refuseUnless(bytes.substr(0, kSignature.size()) == kSignature, "no snapshot");
   const auto text = numberAt<std::uint32_t>(bytes, 16);
   const auto descriptions = numberAt<std::uint32_t>(bytes, 20);
-  refuseUnless(text <= kMostHeaderText && descriptions <= kMostHeaderText, "a wrong header");
+  refuseUnless(text <= kMostHeaderText && descriptions <= kMostHeaderText, kWrongHeader);
   return kFixedHeaderSize + DynamicObject::kFormatDescSize + text + descriptions + kChecksumSize;
 }
 
@@ -170,10 +172,17 @@ SnapshotSchema SnapshotSchema::fromHeader(std::string_view bytes) {
   const std::size_t textOffset = kFixedHeaderSize + formatDesc.size();
   const std::string_view text = bytes.substr(textOffset, numberAt<std::uint32_t>(bytes, 16));
   RowScanner scanner(text, schema._form);
-  refuseUnless(scanner.next() && scanner.fault() == nullptr, "a wrong header");
-  schema._names.assign(scanner.fields().begin(), scanner.fields().end());
+  if (scanner.next()) {
+    schema._names.assign(scanner.fields().begin(), scanner.fields().end());
+  } else {
+    schema._names.emplace_back();  // the only column, without a name
+  }
   schema._descriptions = bytes.substr(textOffset + text.size(), numberAt<std::uint32_t>(bytes, 20));
   schema._readDescriptions();
+  // A mark is no part of a name.
+  refuseUnless(schema._form.hasMark || !text.starts_with(kTextMark), kWrongHeader);
+  // The first line is written as it would be, and no flag is unknown.
+  refuseUnless(isDelimiter(schema._form.delimiter) && schema.header() == bytes, kWrongHeader);
   return schema;
 }
 
@@ -181,15 +190,16 @@ SnapshotSchema SnapshotSchema::fromHeader(std::string_view bytes) {
 void SnapshotSchema::_readDescriptions() {
   const std::string descriptions = _descriptions;
   KoraDynamicObject object(identifierOf(0));
-  setImage(&DynamicObject::setPropertyDescriptions, object, descriptions);
+  const int status = object.setPropertyDescriptions(
+      descriptions.data(), static_cast<std::uint32_t>(descriptions.size()));
+  if (status != 0) throw DamagedSnapshot(kWrongHeader, status);
   for (std::uint32_t i = 1; i <= _names.size(); ++i) {
     std::uint8_t usage = 0;
-    refuseUnless(object.getPropertyUsage(i, usage) == 0 && usage < kColumnFormCount,
-                 "a wrong header");
+    refuseUnless(object.getPropertyUsage(i, usage) == 0 && usage < kColumnFormCount, kWrongHeader);
     _forms.push_back(static_cast<ColumnForm>(usage));
   }
   _describe();
-  refuseUnless(_descriptions == descriptions, "a wrong header");
+  refuseUnless(_descriptions == descriptions, kWrongHeader);
 }
 
 std::string sealedBlockHeader(SnapshotBlock block, std::string_view bytes) {
@@ -225,6 +235,8 @@ SnapshotBlock blockFrom(std::string_view header) {
       numberAt<std::uint32_t>(header, 24), numberAt<std::uint32_t>(header, 28)};
   refuseUnless(block.expandedLength <= kMostBlockBytes && block.length <= kMostBlockBytes,
                "a wrong length");
+  refuseUnless(block.number + 1 != 0 && block.firstRow + block.rowCount >= block.firstRow,
+               "a wrong number");
   return block;
 }
 
@@ -314,6 +326,7 @@ void compressBlock(std::string_view bytes, HeldBytes& block) {
 
 void expandBlock(std::string_view block, std::uint32_t expandedLength, std::string& bytes) {
   refuseUnless(!block.empty() && block.front() == kBlockOfBytes, "the block has another form");
+  refuseUnless(expandedLength <= kMostExpansion * block.size(), "a wrong length");
   // Room for what the block shall give and no more, whatever it would expand to.
   bytes.resize(expandedLength);
   unsigned length = expandedLength;

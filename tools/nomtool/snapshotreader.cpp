@@ -1,5 +1,7 @@
 // Damage is skipped to the next mark of a block or a trailer whose checksum is right. Rows are lost
-// between the last block before it and the first one behind it, as their row numbers tell.
+// between the last block before it and the first one behind it, as their row numbers tell. A block
+// may itself hold the bytes of a snapshot, in a field; where its length can be believed, it is
+// skipped as a whole.
 #include "snapshotreader.h"
 
 #include <algorithm>
@@ -7,7 +9,7 @@
 namespace nomtool {
 namespace {
 
-constexpr std::size_t kReadSize = 1u << 18;
+constexpr std::size_t kReadSize = 1u << 16;
 constexpr std::string_view kTrailerMark = "NEND";
 constexpr const char* kCut = "the file is cut";
 
@@ -39,11 +41,13 @@ std::optional<std::uint64_t> SnapshotReader::blocksEnd() const {
   return size && *size > kTrailerSize ? std::optional(*size - kTrailerSize) : size;
 }
 
-// Reads until so many bytes are held; false when the file has fewer.
+// Reads until so many bytes are held; false when the file has fewer. However many that are, the
+// room at most doubles with each read, so that a length that is wrong takes no more than the file
+// has.
 bool SnapshotReader::_hold(std::size_t count) {
   while (_held.size() < count && !_isAtEnd) {
     const std::size_t length = _held.size();
-    const std::size_t wanted = std::max(kReadSize, count - length);
+    const std::size_t wanted = std::max(kReadSize, std::min(count - length, length));
     _held.resize(length + wanted);
     const std::size_t read = _reader.read(_held.data() + length, wanted);
     _held.resize(length + read);
@@ -93,7 +97,7 @@ bool SnapshotReader::_take(SnapshotBlock& block, std::string& bytes) {
   const bool isNext = found.number == _blockNumber && found.firstRow == _row;
   const bool isLater = found.number > _blockNumber && found.firstRow >= _row;
   if (!isNext && !(_salvage && isLater)) throw DamagedSnapshot("the block is not in its place");
-  _lose(found.firstRow);
+  _lose(isNext, found.firstRow);
   block = found;
   bytes = held.substr(kBlockHeaderSize);
   _blockNumber = found.number + 1;
@@ -110,15 +114,28 @@ void SnapshotReader::_takeTrailer() {
     throw DamagedSnapshot("the trailer counts other rows");
   }
   if (_hold(kTrailerSize + 1)) throw DamagedSnapshot("something follows the trailer");
-  _lose(trailer.rowCount);
+  _lose(isWhole, trailer.rowCount);
   _trailer = trailer;
   _drop(kTrailerSize);
+}
+
+// What is skipped of the damage at once: a block that a mark follows, else a byte.
+std::size_t SnapshotReader::_damagedLength() {
+  try {
+    if (!_hold(kBlockHeaderSize)) return 1;
+    const std::size_t length = kBlockHeaderSize + blockFrom(_held).length;
+    if (!_hold(length + kBlockMark.size())) return 1;
+    const std::string_view next = std::string_view(_held).substr(length);
+    return next.starts_with(kBlockMark) || isTrailer(next) ? length : 1;
+  } catch (const DamagedSnapshot&) {
+    return 1;
+  }
 }
 
 // The next mark becomes what is held first; false when there is none.
 bool SnapshotReader::_skipDamage() {
   if (!_hold(1)) return false;
-  _drop(1);
+  _drop(_damagedLength());
   for (;;) {
     const std::size_t at = std::min(_held.find(kBlockMark), _held.find(kTrailerMark));
     if (at != _held.npos) {
@@ -130,9 +147,9 @@ bool SnapshotReader::_skipDamage() {
   }
 }
 
-// Notes the damage that was skipped, and the rows up to the one that follows.
-void SnapshotReader::_lose(std::uint64_t rowEnd) {
-  if (_damage.empty() && rowEnd == _row) return;
+// Notes the damage that was skipped, or the gap, and the rows up to the one that follows.
+void SnapshotReader::_lose(bool isNext, std::uint64_t rowEnd) {
+  if (_damage.empty() && isNext) return;
   if (_damage.empty()) _damage = "offset " + std::to_string(_offset) + ": blocks are missing";
   _losses.push_back(_damage + (rowEnd == _row ? ": no row is lost"
                                               : ": rows " + std::to_string(_row + 1) + " to " +

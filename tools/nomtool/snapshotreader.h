@@ -46,8 +46,9 @@ class SnapshotReader {
   void _drop(std::size_t count);
   bool _take(SnapshotBlock& block, std::string& bytes);
   void _takeTrailer();
+  std::size_t _damagedLength();
   bool _skipDamage();
-  void _lose(std::uint64_t rowEnd);
+  void _lose(bool isNext, std::uint64_t rowEnd);
 
   ByteReader _reader;
   const bool _salvage;

@@ -47,9 +47,9 @@ class Unpacker {
   Unpacker(const UnpackOptions& options, std::ostream& err)
       : _options(options),
         _err(err),
+        _progress(err, options.quiet || isTerminal(options.output)),
         _reader(options.input, options.salvage),
-        _writer(options.output),
-        _progress(err, options.quiet || _writer.isTerminal()) {}
+        _writer(options.output) {}
 
   // True when nothing is lost.
   bool run();
@@ -61,9 +61,9 @@ class Unpacker {
 
   const UnpackOptions& _options;
   std::ostream& _err;
+  RunProgress _progress;
   SnapshotReader _reader;
   ByteWriter _writer;
-  RunProgress _progress;
   bool _isWhole = true;
 };
 
@@ -101,7 +101,7 @@ bool Unpacker::write(Slot& slot) {
 bool Unpacker::run() {
   const SnapshotSchema& schema = _reader.schema();
   const TextForm& form = schema.form();
-  std::string header = form.hasMark ? "\xEF\xBB\xBF" : "";
+  std::string header(form.hasMark ? kTextMark : "");
   for (std::size_t i = 0; i < schema.names().size(); ++i) {
     if (i != 0) header += form.delimiter;
     appendField(header, schema.names()[i], form.delimiter);

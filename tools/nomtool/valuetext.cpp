@@ -2,6 +2,8 @@
 // A digit without its partner, or anything else than digits and blanks, is no value.
 #include "valuetext.h"
 
+#include "rowscanner.h"
+
 #include <algorithm>
 
 namespace nomtool {
@@ -63,7 +65,7 @@ void printColumns(const std::vector<std::vector<std::string>>& rows, std::ostrea
 
 std::optional<char> delimiterByte(std::string_view text) {
   if (text == "\\t" || text == "tab") return '\t';
-  if (text.size() != 1 || text.find_first_of("\"\r\n") != text.npos) return std::nullopt;
+  if (text.size() != 1 || !isDelimiter(text.front())) return std::nullopt;
   return text.front();
 }
 
