@@ -255,6 +255,11 @@ class NOMUTIL_API DynamicObject {
   KoraString<unsigned char> _descriptions;
   KoraString<unsigned char> _values;
   KoraString<unsigned char> _longValues;
+  // Small images of values lie in the object: making and releasing them is most of what rebuilding
+  // it costs.
+  static constexpr std::uint32_t kRoom = 200;
+  alignas(std::uint64_t) unsigned char _valuesRoom[kRoom];
+  alignas(std::uint64_t) unsigned char _longValuesRoom[kRoom];
   mutable std::atomic<nomutil::dynaobj::NameIndex*> _index{nullptr};
 };
 

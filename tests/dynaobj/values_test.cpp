@@ -222,6 +222,34 @@ TEST_F(DynamicObjectValues, TravelAsAList) {
   for (ShortDskParam& entry : entries) paramDeleteKoraAny(entry);
 }
 
+// Each takes what the other had: both texts lie in the image that is replaced, in the object or on
+// the heap.
+TEST_F(DynamicObjectValues, ComeFromEntriesThatLookAtTheObject) {
+  for (const std::size_t length : {4u, 900u}) {
+    object->clear();
+    const std::string texts[] = {std::string(length, 's'), std::string(length, 't')};
+    ASSERT_EQ(add("s", 1, Param(1, texts[0].c_str())), 0);
+    ASSERT_EQ(add("t", 1, Param(1, texts[1].c_str())), 0);
+    std::vector<ShortDskParam> entries;
+    for (const std::uint32_t other : {2u, 1u}) {
+      std::uint32_t size = 0;
+      const unsigned char* bytes = nullptr;
+      ASSERT_EQ(object->getPropertyValue(other, size, bytes), 0);
+      auto* const text = reinterpret_cast<char*>(const_cast<unsigned char*>(bytes));
+      entries.emplace_back(DSKSTRINGBLOCK, 0, 0).setValue(DskStringBlock{text, 0, size, size});
+    }
+    Param list(44);
+    list->setValue(DskBinaryBlock{reinterpret_cast<unsigned char*>(entries.data()), 2, 0, 0});
+    ASSERT_EQ(object->copyFromDskParamList(list), 0);
+    for (const std::uint32_t index : {1u, 2u}) {
+      std::uint32_t size = 0;
+      const unsigned char* bytes = nullptr;
+      ASSERT_EQ(object->getPropertyValue(index, size, bytes), 0);
+      EXPECT_EQ(std::string(reinterpret_cast<const char*>(bytes), size), texts[2 - index]);
+    }
+  }
+}
+
 TEST_F(DynamicObjectValues, TravelWholeOrNotAtAll) {
   ASSERT_EQ(add("s", 1, Param(1, "text")), 0);
   ASSERT_EQ(add("t", 1, Param(1, "text")), 0);

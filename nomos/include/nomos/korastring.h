@@ -63,7 +63,10 @@ class NOMOS_API KoraBytes {
   // Gives an empty string memory of byteCount bytes for texts of up to byteCount - kTextOverhead
   // elements; a longer text goes to the heap. REQUIRES: the string is empty; memory is aligned to 4
   // and lives until the string is destroyed; byteCount is at least kTextOverhead.
-  void useMemory(void* memory, std::uint32_t byteCount) noexcept;
+  void useMemory(void* memory, std::uint32_t byteCount) noexcept {
+    _reset();
+    _useRoom(static_cast<char*>(memory), byteCount - kHeaderSize);
+  }
   static constexpr std::uint32_t kTextOverhead = 9;
 
  protected:
@@ -90,6 +93,7 @@ class NOMOS_API KoraBytes {
     _data = (new (memory) Block{room - 1, 0})->text();
     *static_cast<char*>(_data) = '\0';
   }
+  void _swap(KoraBytes& other) noexcept;
   bool _equals(const KoraBytes& other) const noexcept;
 
  private:
@@ -157,6 +161,9 @@ class NOMOS_API KoraString : public KoraBytes {
   void resize(std::uint32_t length) { resizeBytes(length); }
   void clear() noexcept { resizeBytes(0); }  // keeps the memory
 
+  // Exchanges texts, where they lie, and maxima. REQUIRES: memory from useMemory outlives both.
+  void swap(KoraString& other) noexcept { _swap(other); }
+
   bool operator==(const KoraString& other) const noexcept { return _equals(other); }
   bool operator!=(const KoraString& other) const noexcept { return !_equals(other); }
 
@@ -220,6 +227,8 @@ class NOMOS_API KoraInlineString final : public KoraString<char> {
   KoraInlineString& operator=(const KoraInlineString& other);
   // The base class must not find a block that is already gone.
   ~KoraInlineString() override { _reset(); }
+
+  void swap(KoraString& other) = delete;  // its text would outlive it
 
   static constexpr std::uint32_t kRoom = 64;
 

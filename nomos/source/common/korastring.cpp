@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -115,11 +116,6 @@ void KoraBytes::appendUtf8(const StringUtf8Info& source) {
   appendBytes(source.data, source.byteLength);
 }
 
-void KoraBytes::useMemory(void* memory, std::uint32_t byteCount) noexcept {
-  _reset();
-  _useRoom(static_cast<char*>(memory), byteCount - kHeaderSize);
-}
-
 void KoraBytes::_take(KoraBytes& source) {
   if (&source == this) return;
   if (source._block().isOnHeap == 0) {
@@ -133,6 +129,12 @@ void KoraBytes::_take(KoraBytes& source) {
   _length = source._length;
   source._data = _empty.text;
   source._length = 0;
+}
+
+void KoraBytes::_swap(KoraBytes& other) noexcept {
+  std::swap(_data, other._data);
+  std::swap(_length, other._length);
+  std::swap(_maximum, other._maximum);
 }
 
 bool KoraBytes::_equals(const KoraBytes& other) const noexcept {

@@ -13,7 +13,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <utility>
 
 using namespace nomutil::dynaobj;
 
@@ -167,12 +166,15 @@ int DynamicObject::copyFromDskParamList(const DskParam* list) {
 
   // The images are replaced by copies, so that entries may look at the bytes that they had.
   const std::uint32_t revision = _revision;
-  KoraString<unsigned char> values(std::move(_values));
-  KoraString<unsigned char> longValues(std::move(_longValues));
+  KoraString<unsigned char> values;
+  KoraString<unsigned char> longValues;
   int status = statusOf([&] {
-    _values = values;
-    _longValues = longValues;
+    values = _values;
+    longValues = _longValues;
   });
+  if (status != kNoError) return status;
+  _values.swap(values);
+  _longValues.swap(longValues);
   for (std::uint32_t index = 1; index <= count && status == kNoError; ++index) {
     const PropertyDesc* const pPropDesc = _findPropertyDescriptor(index);
     NOMUTIL_ASSERT(kFile, pPropDesc != nullptr);
@@ -180,8 +182,8 @@ int DynamicObject::copyFromDskParamList(const DskParam* list) {
                                   : _setPropertyValue(*pPropDesc, whole.entries[index - 1]);
   }
   if (status != kNoError) {
-    _values = std::move(values);
-    _longValues = std::move(longValues);
+    _values.swap(values);
+    _longValues.swap(longValues);
     _revision = revision;
   }
   return status;

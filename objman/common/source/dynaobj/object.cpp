@@ -56,6 +56,8 @@ void DynamicObject::deleteInstance(DynamicObject* object) {
 
 DynamicObject::DynamicObject(const DskObjectId& parent, std::uint32_t descSize)
     : _parent(parent), _descSize(descSize) {
+  _values.useMemory(_valuesRoom, sizeof _valuesRoom);
+  _longValues.useMemory(_longValuesRoom, sizeof _longValuesRoom);
   std::memcpy(_formatDesc, kNewFormatDesc, sizeof _formatDesc);
 }
 

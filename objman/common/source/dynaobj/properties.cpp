@@ -90,8 +90,13 @@ int refuseFormat(const char* name, int format) {
 
 // ---- The index of names ----
 
+// Nobody reads while the object changes, so a plain store does; an exchange would take longer than
+// the rest of most changes.
 void DynamicObject::_dropNameIndex() {
-  NameIndex::release(_index.exchange(nullptr, std::memory_order_relaxed));
+  NameIndex* const index = _index.load(std::memory_order_relaxed);
+  if (index == nullptr) return;
+  _index.store(nullptr, std::memory_order_relaxed);
+  NameIndex::release(index);
 }
 
 // Readers may build it at the same time: the first to finish gives it to all.
