@@ -85,6 +85,8 @@ TEST(File, IsWrittenUnderOneNameAndTakesAnother) {
   const std::string path = nomtest::tempPath(".bin").string(), part = path + ".part";
   const std::string content("\0\xFF\r\n\x1A\n last", 11);
   std::ofstream(path) << "before";
+  fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
+  const fs::perms permissions = fs::status(path).permissions();
   fs::remove(part);
   KoraFile file;
   EXPECT_FALSE(file.createNew(path.c_str())) << "there is one";
@@ -98,6 +100,7 @@ TEST(File, IsWrittenUnderOneNameAndTakesAnother) {
   EXPECT_EQ(file.size(), -1);
   EXPECT_TRUE(nosReplaceFile(part.c_str(), path.c_str()));
   EXPECT_FALSE(fs::exists(part));
+  EXPECT_EQ(fs::status(path).permissions(), permissions) << "as its owner wanted them";
   std::string read(20, '#');
   EXPECT_TRUE(file.openReadOnly(path.c_str()));
   EXPECT_EQ(file.size(), 11);

@@ -10,7 +10,9 @@
 #include <filesystem>
 #include <set>
 #include <string>
+#include <system_error>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -49,19 +51,21 @@ TEST_F(Interrupts, LeaveTheOutputAsItWas) {
 // The signal itself, in the midst of an input that takes seconds, of which the commands make
 // little.
 TEST_F(Interrupts, ComeAsSignals) {
-  std::signal(SIGINT, SIG_DFL);  // the tests may run where it is ignored
+  std::signal(SIGINT, SIG_DFL);  // the tests may run where they are ignored
+  std::signal(SIGTERM, SIG_DFL);
   write("zeros", "");
   std::filesystem::resize_file(path("zeros"),
                                std::uintmax_t{4} << 30);  // takes no room on the disk
-  for (const std::string command : {"compress", "base64 -d"}) {
+  const std::pair<std::string, int> cases[] = {{"compress", SIGINT}, {"base64 -d", SIGTERM}};
+  for (const auto& [command, signal] : cases) {
     SCOPED_TRACE(command);
     write("out", "before");
     std::atomic<bool> isOver = false;
-    std::thread user([&] {
+    std::thread user([&, signal = signal] {
       while (files().size() < 3 && !isOver) {
         std::this_thread::yield();
       }
-      if (!isOver) std::raise(SIGINT);
+      if (!isOver) std::raise(signal);
     });
     EXPECT_EQ(runTool(command + " @zeros -o @out"), _stopped);
     isOver = true;
@@ -69,6 +73,17 @@ TEST_F(Interrupts, ComeAsSignals) {
     EXPECT_EQ(files(), (std::set<std::string>{"out", "zeros"}));
     EXPECT_EQ(read("out"), "before");
   }
+}
+
+TEST_F(Interrupts, AndOutputsThatAreLinksKeepTheLink) {
+  write("text", "x");
+  write("target", "before");
+  std::error_code error;
+  std::filesystem::create_symlink("target", path("link"), error);
+  if (error) GTEST_SKIP() << "no links here";
+  EXPECT_EQ(std::get<0>(runTool("base64 @text -o @link")), 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+  EXPECT_EQ(read("target"), "eA==");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "nomos/lasterror.h"
 
+#include <filesystem>
 #include <random>
 #include <system_error>
 
@@ -45,7 +46,13 @@ ByteWriter::ByteWriter(const std::string& path) : _path(path) {
     _path = "standard output";
     if (!_file.openStandard(NosStream::Output)) throw StreamFault(_path);
   } else if (!_file.openDevice(path.c_str())) {
-    const std::string part = path + ".part" + std::to_string(std::random_device()());
+    // What a link names is replaced, not the link.
+    std::error_code ignored;
+    if (std::filesystem::is_symlink(path, ignored)) {
+      const std::filesystem::path target = std::filesystem::weakly_canonical(path, ignored);
+      if (!ignored) _path = target.string();
+    }
+    const std::string part = _path + ".part" + std::to_string(std::random_device()());
     if (!_file.createNew(part.c_str())) throw StreamFault(_path);
     _part = part;
   }

@@ -4,15 +4,20 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstddef>
+#include <iterator>
 
 namespace nomtool {
 namespace {
 
+// In the order of RunProgress::_former.
+constexpr int kSignals[] = {SIGINT, SIGTERM};
+
 std::atomic<bool> interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
 
-void onSignal(int) {
-  std::signal(SIGINT, SIG_DFL);
+void onSignal(int signal) {
+  std::signal(signal, SIG_DFL);
   RunProgress::interrupt();
 }
 
@@ -23,18 +28,18 @@ void RunProgress::interrupt() {
 }
 
 RunProgress::RunProgress(std::ostream& err, bool isQuiet)
-    : _err(err),
-      _isQuiet(isQuiet),
-      _isTerminal(showsProgress(err)),
-      _former(std::signal(SIGINT, onSignal)) {
-  // A shell has its background jobs ignore interrupts.
-  if (_former == SIG_IGN) std::signal(SIGINT, SIG_IGN);
+    : _err(err), _isQuiet(isQuiet), _isTerminal(showsProgress(err)) {
+  for (std::size_t i = 0; i < std::size(kSignals); ++i) {
+    _former[i] = std::signal(kSignals[i], onSignal);
+    // A shell has its background jobs ignore interrupts.
+    if (_former[i] == SIG_IGN) std::signal(kSignals[i], SIG_IGN);
+  }
   setByteProgressCB(onBytes);
   setHeartbeatCB(onHeartbeat);
 }
 
 RunProgress::~RunProgress() {
-  std::signal(SIGINT, _former);
+  for (std::size_t i = 0; i < std::size(kSignals); ++i) std::signal(kSignals[i], _former[i]);
   interrupted.store(false, std::memory_order_relaxed);
 }
 

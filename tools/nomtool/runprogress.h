@@ -21,8 +21,8 @@ class Interrupted : public std::runtime_error {
   Interrupted() : std::runtime_error("interrupted") {}
 };
 
-// One at a time, used by one thread. While it lives, an interrupt (Ctrl-C) does not end the
-// program, but makes reach() throw.
+// One at a time, used by one thread. While it lives, an interrupt (Ctrl-C) or the wish to terminate
+// does not end the program, but makes reach() throw.
 class RunProgress : public DbCallbackHandler {
  public:
   // A quiet one shows nothing, and stops all the same.
@@ -51,7 +51,7 @@ class RunProgress : public DbCallbackHandler {
   const bool _isTerminal;
   std::optional<Progress> _bar;
   std::uint64_t _shown = 0;
-  void (*_former)(int);  // what an interrupt did before
+  void (*_former[2])(int);  // what an interrupt, and a wish to terminate, did before
 };
 
 }  // namespace nomtool

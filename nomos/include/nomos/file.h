@@ -8,6 +8,7 @@
 
 #include <cstdint>
 
+// The standard streams of the process.
 enum class NosStream : std::uint32_t { Input = 0, Output = 1, Error = 2 };
 
 // Not shared between threads.

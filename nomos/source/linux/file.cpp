@@ -10,6 +10,7 @@
 #include <unistd.h>
 #include <cerrno>
 #include <cstdio>
+#include <string>
 
 namespace {
 
@@ -122,7 +123,22 @@ void KoraFile::close() {
 }
 
 bool nosReplaceFile(const char* from, const char* to) {
-  return isDone(std::rename(from, to));
+  struct stat former;
+  if (stat(to, &former) == 0 && S_ISREG(former.st_mode) &&
+      !isDone(chmod(from, former.st_mode & 07777))) {
+    return false;
+  }
+  if (!isDone(std::rename(from, to))) return false;
+  // The new name, too, shall lie on the disk. Where a folder cannot be flushed it comes there
+  // later.
+  const std::string path(to);
+  const std::size_t slash = path.rfind('/');
+  const std::string folder = slash == path.npos ? "." : path.substr(0, slash + 1);
+  const int descriptor = openDescriptor(folder.c_str(), O_RDONLY | O_DIRECTORY);
+  if (descriptor < 0) return true;
+  fsync(descriptor);
+  ::close(descriptor);
+  return true;
 }
 
 bool nosDeleteFile(const char* path) {
