@@ -1,6 +1,7 @@
 // A snapshot file of any bytes, read with and without salvage, its rows turned into text; once as
 // it is, and once with its checksums mended (snapshotmender.h). Laws:
-// - It is read or refused; memory grows with the bytes that there are, not with those they promise.
+// - It is read or refused; memory grows with the bytes that there are, not with those they promise,
+//   also when more follows than one read takes.
 // - Salvage gives what stands before the damage, then only blocks whose numbers ascend, and says
 //   what is lost; of a whole file it gives all.
 // - A whole file in which a byte is changed or which is cut is refused, and salvage gives none but
@@ -208,6 +209,7 @@ void damage(const Contents& whole, std::string_view bytes) {
 void take(std::string_view bytes) {
   const Contents strict = read(bytes, false);
   const Contents salvaged = read(bytes, true);
+  if (!strict.isWhole) read(std::string(bytes) + std::string(2 * kFirstRead, '\0'), true);
   require(strict.hasHeader == salvaged.hasHeader && strict.isWhole == salvaged.isWhole);
   if (!strict.hasHeader) return;
   const std::string header = strict.schema.header();

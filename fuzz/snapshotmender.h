@@ -4,7 +4,7 @@
 //   these forms;
 // - a block that does not begin with the mark of a compressed one is rows, and is stored as a zlib
 //   stream.
-// Blocks end at the next mark, whatever length they state.
+// Blocks end at the next mark with the header's salt, whatever length they state.
 #ifndef NOMUTIL_FUZZ_SNAPSHOTMENDER_H
 #define NOMUTIL_FUZZ_SNAPSHOTMENDER_H
 
@@ -55,10 +55,13 @@ inline std::string stored(std::string_view bytes) {
   return stream;
 }
 
+inline constexpr std::size_t kText = 77;  // where the first line begins
+
 // The header that the bytes begin with; nothing when they do not begin with one.
 inline std::string mendedHeader(std::string_view bytes) {
-  constexpr std::size_t kText = 69;
   if (bytes.size() < kText + 4) return {};
+  std::uint64_t salt = 0;
+  std::memcpy(&salt, bytes.data() + 24, sizeof salt);
   const std::size_t textLength = numberAt(bytes, 16);
   const std::size_t descriptionLength = numberAt(bytes, 20);
   const std::size_t rest = bytes.size() - kText - 4;
@@ -73,7 +76,7 @@ inline std::string mendedHeader(std::string_view bytes) {
       forms.push_back(static_cast<nomtool::ColumnForm>(byte % nomtool::kColumnFormCount));
     }
     std::vector<std::string> names(scanner.fields().begin(), scanner.fields().end());
-    return nomtool::SnapshotSchema(form, std::move(names), std::move(forms), (flags & 8) != 0)
+    return nomtool::SnapshotSchema(form, std::move(names), std::move(forms), (flags & 8) != 0, salt)
         .header();
   }
   std::string header(bytes.substr(0, kText + textLength + descriptionLength));
@@ -85,19 +88,19 @@ inline std::string mendedHeader(std::string_view bytes) {
 
 // How many bytes of the input the header takes that mendedHeader gives.
 inline std::size_t headerSize(std::string_view bytes) {
-  return 69 + numberAt(bytes, 16) + numberAt(bytes, 20) + 4;
+  return kText + numberAt(bytes, 16) + numberAt(bytes, 20) + 4;
 }
 
 inline void appendBlock(std::string& snapshot, std::string_view block) {
-  std::string header(block.substr(0, 28));
+  std::string header(block.substr(0, 36));
   std::string rows(block.substr(nomtool::kBlockHeaderSize));
   if (rows.empty() || (rows[0] != 9 && rows.size() <= 0xFFFF)) {
-    setNumber(header, 20, rows.size());
+    setNumber(header, 28, rows.size());
     rows = stored(rows);
   }
-  setNumber(header, 24, rows.size());
+  setNumber(header, 32, rows.size());
   header.resize(nomtool::kBlockHeaderSize);
-  setNumber(header, 28, checksumOf(header.substr(0, 28) + rows));
+  setNumber(header, 36, checksumOf(header.substr(0, 36) + rows));
   snapshot += header + rows;
 }
 
@@ -105,15 +108,19 @@ inline std::string mended(std::string_view bytes) {
   std::string snapshot = mendedHeader(bytes);
   if (snapshot.empty()) return snapshot;
   std::string_view rest = bytes.substr(headerSize(bytes));
-  while (rest.size() >= nomtool::kBlockHeaderSize && rest.substr(0, 4) == "NBLK") {
-    const std::size_t end = std::min({rest.find("NBLK", nomtool::kBlockHeaderSize),
-                                      rest.find("NEND", nomtool::kBlockHeaderSize), rest.size()});
+  const std::string salt(bytes.substr(24, 8));
+  const std::string blockMark = "NBLK" + salt;
+  const std::string trailerMark = "NEND" + salt;
+  while (rest.size() >= nomtool::kBlockHeaderSize && rest.starts_with(blockMark)) {
+    const std::size_t end =
+        std::min({rest.find(blockMark, nomtool::kBlockHeaderSize),
+                  rest.find(trailerMark, nomtool::kBlockHeaderSize), rest.size()});
     appendBlock(snapshot, rest.substr(0, end));
     rest.remove_prefix(end);
   }
   std::string trailer(rest);
   if (trailer.size() >= nomtool::kTrailerSize)
-    setNumber(trailer, 32, checksumOf(rest.substr(0, 32)));
+    setNumber(trailer, 40, checksumOf(rest.substr(0, 40)));
   return snapshot + trailer;
 }
 

@@ -57,6 +57,11 @@ class _TimeStamp(ctypes.Structure):
     _fields_ = [("date", ctypes.c_uint32), ("time", ctypes.c_uint32)]
 
 
+class _OffsetStamp(ctypes.Structure):
+    """DskTimeStampOffset of sys/datetime.h."""
+    _fields_ = [*_TimeStamp._fields_, ("bias", ctypes.c_int32)]
+
+
 def _function(name, result, *arguments):
     function = getattr(_library, name)
     function.restype = result
@@ -91,6 +96,14 @@ _stamp_text = _function("_Z15formatTimeStampRK12DskTimeStampPcj", ctypes.c_void_
                         ctypes.POINTER(_TimeStamp), _char_p, _unsigned)
 _stamp_literal = _function("_Z22literalFormatTimeStamp12DskTimeStampPcj", None, _TimeStamp,
                            _char_p, _unsigned)
+_read_date = _function("_Z11extractDatePKc", _unsigned, _char_p)
+_read_time = _function("_Z11extractTimePKc", _unsigned, _char_p)
+_read_stamp = _function("_Z16extractTimeStampPKcR12DskTimeStamp", ctypes.c_void_p, _char_p,
+                        ctypes.POINTER(_TimeStamp))
+_read_offset = _function("_Z22extractTimeStampOffsetPKcR18DskTimeStampOffset", ctypes.c_void_p,
+                         _char_p, ctypes.POINTER(_OffsetStamp))
+_read_interval = _function("_Z24extractTimeStampIntervalPKcR20DskTimeStampInterval",
+                           ctypes.c_void_p, _char_p, ctypes.POINTER(ctypes.c_int64))
 _encode = _function("_Z12base64EncodePKhjRPcRjb", _int, _char_p, _unsigned,
                     ctypes.POINTER(ctypes.c_void_p), _unsigned_p, _bool)
 _decode = _function("_Z22base64DecodeWithLengthPKcjRPhRj", _int, _char_p, _unsigned,
@@ -137,6 +150,10 @@ class Decimal:
 
     Made from a text, an int, a float (its shortest text), a decimal.Decimal or another Decimal. A
     text that is no number raises ValueError; a value beyond 23 digits raises NomutilError.
+
+    The operators are those of the library. // cuts toward zero and % has the sign of the dividend,
+    as with decimal.Decimal and unlike int: -7 // 2 is -3 here and -4 there. What is rounded goes to
+    the nearest, a half away from zero: round(2.5) is 3 here, and 2 with Python's own numbers.
     """
 
     __slots__ = ("_stored",)
@@ -175,6 +192,8 @@ class Decimal:
             raise ValueError("0 to 100 places")
         buffer = ctypes.create_string_buffer(160)
         _to_text(self._stored, buffer, len(buffer), places)
+        if buffer.value.startswith(b"*"):  # more than 103 characters
+            raise NomutilError(OVERFLOW)
         return buffer.value.decode("ascii")
 
     def quotient_and_remainder(self, divisor):
@@ -238,8 +257,65 @@ class Decimal:
     def __rtruediv__(self, other):
         return self._operate(_divide, other, self)
 
+    @classmethod
+    def _divmod(cls, left, right):
+        left, right = cls._operand(left), cls._operand(right)
+        if left is None or right is None:
+            return NotImplemented
+        return left.quotient_and_remainder(right)
+
+    def __divmod__(self, other):
+        return self._divmod(self, other)
+
+    def __rdivmod__(self, other):
+        return self._divmod(other, self)
+
+    def __floordiv__(self, other):
+        parts = self._divmod(self, other)
+        return parts if parts is NotImplemented else parts[0]
+
+    def __rfloordiv__(self, other):
+        parts = self._divmod(other, self)
+        return parts if parts is NotImplemented else parts[0]
+
+    def __mod__(self, other):
+        parts = self._divmod(self, other)
+        return parts if parts is NotImplemented else parts[1]
+
+    def __rmod__(self, other):
+        parts = self._divmod(other, self)
+        return parts if parts is NotImplemented else parts[1]
+
     def __neg__(self):
         return Decimal(0) - self
+
+    def __pos__(self):
+        return self
+
+    def __abs__(self):
+        return -self if self < 0 else self
+
+    def __round__(self, digits=None):
+        """An int; with digits a Decimal of so many places at most, if negative before the point."""
+        if digits is None:
+            return int(Decimal(self.text(0)))
+        if digits >= 0:
+            return Decimal(self.text(digits)) if digits < self.places else self
+        if digits < -22:
+            raise ValueError("-22 digits or more")
+        unit = Decimal(10 ** -digits)
+        quotient, remainder = self.quotient_and_remainder(unit)
+        if abs(remainder) * 2 >= unit:
+            quotient += -1 if self < 0 else 1
+        return quotient * unit
+
+    def __format__(self, form):
+        """As format of a decimal.Decimal, but never with an exponent that is not asked for."""
+        if not form:
+            return str(self)
+        with decimal.localcontext(decimal.Context(prec=60, rounding=decimal.ROUND_HALF_UP)):
+            form += "" if form[-1] in "eEfFgGn%" else "f"
+            return format(decimal.Decimal(str(self)), form)
 
     def __bool__(self):
         return any(self._stored.value[:self._stored.precision])
@@ -287,13 +363,19 @@ class Decimal:
         return f"Decimal('{self}')"
 
 
+_FIRST_DAY, _LAST_DAY = 1721426, 5373484  # 1 January 1, 31 December 9999
+_INVALID = 0xFFFFFFFF  # date or time
+
+
 def day_number(date):
     """The Julian day number of a datetime.date: 2440588 for 1 January 1970."""
     return _day_from(date.day, date.month, date.year)
 
 
 def date_of(number):
-    """The datetime.date of a day number."""
+    """The datetime.date of a day number, one of 1721426 to 5373484; else ValueError."""
+    if not _FIRST_DAY <= number <= _LAST_DAY:
+        raise ValueError(f"the day number {number} is none of the years 1 to 9999")
     day, month, year = _int(), _int(), _int()
     _day_to(number, day, month, year)
     return datetime.date(year.value, month.value, day.value)
@@ -334,6 +416,68 @@ def literal_timestamp(stamp):
     return _formatted(_stamp_literal, _stamp(stamp))
 
 
+def _text(text):
+    return text.encode("cp1252", "replace")
+
+
+def _time_of(milliseconds):
+    seconds, milliseconds = divmod(milliseconds, 1000)
+    minutes, second = divmod(seconds, 60)
+    return datetime.time(minutes // 60, minutes % 60, second, milliseconds * 1000)
+
+
+def _datetime_of(stamp, text):
+    if stamp.date == 0 and stamp.time == 0:
+        return None
+    if not _FIRST_DAY <= stamp.date <= _LAST_DAY or stamp.time >= 86400000:
+        raise ValueError(f"no timestamp: {text!r}")
+    return datetime.datetime.combine(date_of(stamp.date), _time_of(stamp.time))
+
+
+def read_date(text):
+    """The datetime.date of '25/12/2023', '2023-12-25' or 'December 25, 2023'; None of ''.
+
+    sys/datetime.h says what is read. As with all readers here, what is no value raises ValueError.
+    """
+    number = _read_date(_text(text))
+    if number == _INVALID:
+        raise ValueError(f"no date: {text!r}")
+    return date_of(number) if number else None
+
+
+def read_time(text):
+    """The datetime.time of '10:30' or '10:30:15.5 pm'."""
+    milliseconds = _read_time(_text(text))
+    if milliseconds == _INVALID:
+        raise ValueError(f"no time: {text!r}")
+    return _time_of(milliseconds)
+
+
+def read_timestamp(text):
+    """The datetime.datetime of a date with a time behind it, or midnight; None of ''."""
+    stamp = _TimeStamp()
+    _read_stamp(_text(text), stamp)
+    return _datetime_of(stamp, text)
+
+
+def read_timestamp_offset(text):
+    """The datetime.datetime of '25/12/2023 10:30:00 +1300', with its zone; None of ''."""
+    stamp = _OffsetStamp()
+    _read_offset(_text(text), stamp)
+    moment = _datetime_of(stamp, text)
+    zone = datetime.timezone(datetime.timedelta(minutes=-stamp.bias)) if moment else None
+    return moment and moment.replace(tzinfo=zone)
+
+
+def read_interval(text):
+    """The datetime.timedelta of '-1:02:03:04.005': days, then a time."""
+    milliseconds = ctypes.c_int64()
+    _read_interval(_text(text), milliseconds)
+    if milliseconds.value == -1 << 63:
+        raise ValueError(f"no interval: {text!r}")
+    return datetime.timedelta(milliseconds=milliseconds.value)
+
+
 def base64_encode(data, lines=False):
     """The base64 text of bytes; with lines, lines of 76 characters with CR LF between them."""
     data, block, length = bytes(data), ctypes.c_void_p(), _unsigned()
@@ -366,7 +510,7 @@ def crc32(data, crc=0):
 def _refused(function, *arguments):
     try:
         return function(*arguments)
-    except NomutilError as error:
+    except (NomutilError, ValueError, ZeroDivisionError) as error:
         return str(error)
 
 
@@ -387,6 +531,28 @@ def _selftest():
     yield "a long time ago", format_date(datetime.date(1601, 1, 1)), "01 January 1601"
     yield "null date", format_date(0), ""
     yield "no time", format_time(0xFFFFFFFF), "*invalid*"
+    for number in (0, 1721425, 5373485, -1, 1 << 40):
+        yield f"day {number}", _refused(date_of, number), \
+            f"the day number {number} is none of the years 1 to 9999"
+    yield "% 0", _refused(lambda: 7 % Decimal("0.0")), "division of a decimal by zero"
+    yield "104 characters", _refused(Decimal(123).text, 100), overflow
+    yield "-7 // 2", (str(Decimal(-7) // 2), str(Decimal(-7) % 2)), ("-3", "-1")
+    for text, digits in (("2.5", 0), ("-0.5", 0), ("0.125", 2), ("-25", -1), ("24", -1)):
+        rounded = decimal.Decimal(text).quantize(decimal.Decimal(1).scaleb(-digits),
+                                                 decimal.ROUND_HALF_UP)
+        yield f"round {text}", decimal.Decimal(str(round(Decimal(text), digits))), rounded
+    yield "rounded over the largest", _refused(round, Decimal("9" * 23), -1), overflow
+    for text in ("29.2.2023", "25/12", "now"):
+        yield text, _refused(read_date, text), f"no date: {text!r}"
+    yield "empty date", read_date(""), None
+    yield "empty timestamp", (read_timestamp(""), read_timestamp_offset("")), (None, None)
+    yield "24:00", _refused(read_time, "24:00"), "no time: '24:00'"
+    yield "half past", read_time("10.30 p.m."), datetime.time(22, 30)
+    yield "zone", _refused(read_timestamp_offset, "1/1/2024 10:30:00 +1500"), \
+        "no timestamp: '1/1/2024 10:30:00 +1500'"
+    yield "interval", read_interval("-1:02:03:04.005"), \
+        -datetime.timedelta(1, 2 * 3600 + 3 * 60 + 4, 5000)
+    yield "no interval", _refused(read_interval, "1 day"), "no interval: '1 day'"
 
     seed = random.SystemRandom().randrange(1 << 32)
     draw = random.Random(seed)
@@ -403,6 +569,17 @@ def _selftest():
         if right:
             parts = tuple(decimal.Decimal(str(n)) for n in ours.quotient_and_remainder(theirs))
             yield f"division of {case}", parts, exact.divmod(left, right)
+            found = (ours // theirs, ours % right, left // theirs, left % theirs)
+            yield f"// and % of {case}", tuple(decimal.Decimal(str(n)) for n in found), parts * 2
+        digits = draw.randrange(-12, 10)
+        rounded = left.quantize(decimal.Decimal(1).scaleb(-digits), decimal.ROUND_HALF_UP, exact)
+        yield f"{digits} digits of {case}", decimal.Decimal(str(round(ours, digits))), rounded
+        yield f"whole of {case}", round(ours), int(left.to_integral_value(decimal.ROUND_HALF_UP))
+        yield f"size of {case}", decimal.Decimal(str(abs(ours))), abs(left)
+        places = draw.randrange(12)
+        shown = left.quantize(decimal.Decimal(1).scaleb(-places), decimal.ROUND_HALF_UP, exact)
+        yield f"form of {case}", f"{ours:>+30,.{places}f}", f"{shown:>+30,f}"
+        yield f"form without places of {case}", f"{ours:x>30}", f"{left:f}".rjust(30, "x")
 
         date = datetime.date.fromordinal(draw.randrange(1, datetime.date.max.toordinal() + 1))
         yield f"day number of {date}", day_number(date), date.toordinal() + 1721425
@@ -413,6 +590,21 @@ def _selftest():
         if stamp.microsecond >= 1000:
             literal += f".{stamp.microsecond // 1000:03}"
         yield f"literal of {stamp}", literal_timestamp(stamp), literal
+
+        day, year = f"{date:%d}", f"{date.year:04}"
+        month = ("Jan Feb Mar Apr May Jun Jul Aug Sep Oct Nov Dec").split()[date.month - 1]
+        for text in (f"{day}/{date:%m}/{year}", f"{year}-{date:%m-%d}", f"{month} {day}, {year}"):
+            yield text, read_date(text), date
+        whole = stamp.replace(microsecond=stamp.microsecond // 1000 * 1000)
+        text = f"{year}-{date:%m-%d} {stamp:%H:%M:%S}.{stamp.microsecond // 1000:03}"
+        yield text, read_timestamp(text), whole
+        hours, minutes = draw.randrange(-13, 14), draw.randrange(60)
+        sign = -1 if hours < 0 else 1
+        zone = datetime.timezone(sign * datetime.timedelta(hours=abs(hours), minutes=minutes))
+        text = f"{year}-{date:%m-%d} {stamp:%H:%M:%S} {sign * (abs(hours) * 100 + minutes):+05}"
+        found = read_timestamp_offset(text)
+        yield text, (found, found.utcoffset()), (stamp.replace(microsecond=0, tzinfo=zone),
+                                                 zone.utcoffset(None))
 
         data = draw.randbytes(draw.randrange(200))
         case = f"{data.hex()}, seed {seed}"

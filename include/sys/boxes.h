@@ -52,6 +52,7 @@ struct QueueMarks {
 
 }  // namespace nomutil::boxes
 
+// What a memo is for, which never changes.
 enum MemoUsage : std::uint32_t {
   MU_None = 0,         // built with Memo(BoxCommon*), not through a box
   MU_Memo = 1,         // dispatched, scheduled and cancelled by callers
@@ -61,6 +62,7 @@ enum MemoUsage : std::uint32_t {
   MU_KeepAlive = 5     // keeps the wheel occupied
 };
 
+// Where a memo is; at one place at a time.
 enum MemoLocus : std::uint32_t {
   ML_None = 0,
   ML_Free = 1,      // on the free list of a completion-port box
@@ -71,16 +73,17 @@ enum MemoLocus : std::uint32_t {
   ML_Port = 6       // posted to a completion port
 };
 
+// A place in a chain of memos, and one in a chain of boxes; null at its ends.
 struct MemoLinkage {
   Memo* prev = nullptr;
   Memo* next = nullptr;
 };
-
 struct BoxLinkage {
   BoxCommon* prev = nullptr;
   BoxCommon* next = nullptr;
 };
 
+// A time in milliseconds and a value that belongs to it.
 struct MemoTime {
   std::uint64_t time;
   std::uint32_t value;
@@ -104,6 +107,7 @@ class NOMUTIL_API Memo {
   void dispatch();                                                        // memoDispatch
   void updateDispatch(unsigned value, unsigned priority, bool separate);  // memoUpdateDispatch
   void dispatchMultiple(unsigned count);                                  // memoDispatchMultiple
+  // memoUpdateDispatchMultiple
   void updateDispatchMultiple(unsigned value, unsigned priority, unsigned count);
   void schedule(unsigned delayMillis);                                     // memoSchedule
   void cancel();                                                           // memoCancel
@@ -216,10 +220,12 @@ class NOMUTIL_API BoxCommon {
   static constexpr bool noVirtualFunction = false;
 
  protected:
+  // The manager must outlive the box.
   explicit BoxCommon(BoxManager* manager);
   BoxCommon(const BoxCommon&) = default;
   BoxCommon& operator=(const BoxCommon&) = default;
 
+  // Take and give back the change lock of the manager.
   void _grabChangeLock() NOMOS_ACQUIRE(nomutil::boxes::changeLock);
   void _dropChangeLock() NOMOS_RELEASE(nomutil::boxes::changeLock);
 
@@ -240,10 +246,12 @@ class NOMUTIL_API BoxCommon {
   // The milliseconds until a memo's time, at least 0.
   static unsigned _remaining(const Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
 
+  // Enter a memo in the manager's calendar, due when the delay after now is over, and take it out.
   void _calendarEnter(Memo* memo, unsigned delayMillis, std::int64_t now)
       NOMOS_REQUIRES(nomutil::boxes::changeLock);
   void _calendarRemove(Memo* memo) NOMOS_REQUIRES(nomutil::boxes::changeLock);
 
+  // Whether a memo stands in the books of this box.
   bool _isRemembered(const Memo* memo) const NOMOS_REQUIRES(nomutil::boxes::changeLock);
 
   friend class BoxManager;
@@ -259,6 +267,7 @@ class NOMUTIL_API BoxCommon {
 // A mailbox with a queue of its own. Boxes are made and destroyed by their manager.
 class NOMUTIL_API Box : public BoxCommon {
  public:
+  // For the manager, which knows only the boxes of its boxAllocate.
   explicit Box(BoxManager* manager);
   Box(const Box&) = delete;
   Box& operator=(const Box&) = delete;
@@ -343,6 +352,7 @@ class NOMUTIL_API BoxIOCP : public BoxCommon {
   static constexpr std::uint32_t MinFreeLimit = 10;
   static constexpr std::uint32_t MaxFreeLimit = 1000;
 
+  // For the manager, as with Box.
   BoxIOCP(BoxManager* manager, NosCompletionPort port);
 
   // A copy shares the memos and the free list: it may post, but neither allocate nor be cleaned up,
@@ -462,6 +472,7 @@ class NOMUTIL_API BoxManager {
     Memo* head() const { return _head; }  // the end marker when empty
     Memo* end() const { return _end; }    // null before begin
     std::int64_t due() const { return static_cast<std::int64_t>(_due); }  // the greatest when empty
+    // Without the end marker.
     std::uint32_t count() const { return _count; }
 
    private:

@@ -21,10 +21,12 @@
 #include <cstddef>
 #include <cstdint>
 
+// An interval: how far one timestamp lies behind another, negative when it lies before it.
 struct DskTimeStampInterval {
   std::int64_t milliseconds;
 };
 
+// A local timestamp with its bias against universal time, in minutes.
 struct DskTimeStampOffset {
   std::uint32_t date;
   std::uint32_t time;

@@ -27,17 +27,30 @@ enum DbStatusField : std::uint32_t {
   kDbStatusResult = 3,
 };
 
+// ---- Callbacks ----
+// What a caller sets, by what it is told. handler is the one that the callback was set in; texts
+// live as long as the call. A false asks the utility to stop.
+
+// A message number (sys/messages.h).
 using DbErrorCallback = bool (*)(DbCallbackHandler* handler, unsigned number);
+// A line of output for people.
 using DbOutputCallback = bool (*)(DbCallbackHandler* handler, const char* text);
+// The operation that begins, and the file it works on; either may be null.
 using DbOperationCallback = void (*)(DbCallbackHandler* handler, const char* operation,
                                      const char* fileName);
+// The bytes that are done by now.
 using DbByteProgressCallback = bool (*)(DbCallbackHandler* handler, std::uint64_t bytes);
+// The per cent that are done by now, 0 to 100.
 using DbPercentProgressCallback = bool (*)(DbCallbackHandler* handler, unsigned percent);
+// That the utility is alive, and nothing else.
 using DbHeartbeatCallback = bool (*)(DbCallbackHandler* handler);
+// What recoveryCB, replayCB or reorgCB was called with; the utility says what it points to.
 using DbDataCallback = bool (*)(DbCallbackHandler* handler, void* data);
+// A status text, and what it is about.
 using DbStatusCallback = bool (*)(DbCallbackHandler* handler, DbStatusField field,
                                   const char* text);
 
+// The callbacks of one utility that runs, and how far it is.
 class NOMUTIL_API DbCallbackHandler {
  public:
   DbCallbackHandler() noexcept;

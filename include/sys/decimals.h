@@ -122,6 +122,7 @@ class NOMUTIL_API Decimal {
 
   Decimal(const Decimal&) noexcept = default;
   Decimal& operator=(const Decimal&) noexcept = default;
+  // An assignment gives what the constructor from the same value gives.
   Decimal& operator=(std::int32_t value);
   Decimal& operator=(std::uint32_t value);
   Decimal& operator=(std::int64_t value);
@@ -304,6 +305,7 @@ NOMUTIL_API bool nomDecimalIntegerDivide(const DskDecimal* dividend, const DskDe
 NOMUTIL_API bool nomDecimalToInt64(const DskDecimal* value, std::int64_t* out);
 NOMUTIL_API bool nomDecimalToUInt64(const DskDecimal* value, std::uint64_t* out);
 
+// The integer, with scale 0.
 NOMUTIL_API bool nomDecimalFromInt64(std::int64_t value, DskDecimal* result);
 NOMUTIL_API bool nomDecimalFromUInt64(std::uint64_t value, DskDecimal* result);
 NOMUTIL_API bool nomDecimalFromInteger(std::int32_t value, DskDecimal* result);

@@ -55,6 +55,7 @@ static_assert(offsetof(PropertyDesc, slotOffset) == 116);
 // Names are compared byte by byte. An index is that of a property in the order of addition, from 1.
 class NOMUTIL_API DynamicObject {
  public:
+  // The kinds of objects, as createInstance takes them.
   enum Kind : std::uint32_t { kKoraKind = 1, kRpsKind = 2 };
 
   static constexpr std::uint32_t kMaximumNameLength = 100;
@@ -72,6 +73,7 @@ class NOMUTIL_API DynamicObject {
 
   // ---- The object ----
 
+  // The parent that it was made with, by which its references are judged.
   const DskObjectId& getParentOid() const { return _parent; }
 
   // Counts every property that is added, every value and every usage that is set, modulo 2^32.
@@ -171,6 +173,7 @@ class NOMUTIL_API DynamicObject {
   // As a DSKINTEGER.
   int getPropertyIndex(const char* name, DskParam* index) const;
 
+  // Any number, which the library keeps and does not interpret; 0 when the property was added.
   int getPropertyUsage(const char* name, std::uint8_t& usage) const;
   int getPropertyUsage(std::uint32_t index, std::uint8_t& usage) const;
   int setPropertyUsage(const char* name, std::uint8_t usage);
@@ -268,6 +271,7 @@ class NOMUTIL_API KoraDynamicObject : public DynamicObject {
  public:
   static constexpr std::uint32_t kDescSize = 120;
 
+  // An object without properties.
   explicit KoraDynamicObject(const DskObjectId& parent) : DynamicObject(parent, kDescSize) {}
   KoraDynamicObject(const KoraDynamicObject&) = default;
   KoraDynamicObject& operator=(const KoraDynamicObject&) = default;
@@ -281,6 +285,7 @@ class NOMUTIL_API RpsDynamicObject : public DynamicObject {
  public:
   static constexpr std::uint32_t kDescSize = 260;
 
+  // An object without properties.
   explicit RpsDynamicObject(const DskObjectId& parent) : DynamicObject(parent, kDescSize) {}
   RpsDynamicObject(const RpsDynamicObject&) = default;
   RpsDynamicObject& operator=(const RpsDynamicObject&) = default;

@@ -118,6 +118,7 @@ class NOMUTIL_API OidFormatter {
   const char* formatOid(const OidKey* oid);
   const char* formatNullPtr();
 
+  // The text of the last call, and its characters without the NUL.
   const char* getBuffer() const { return buffer; }
   std::uint32_t getLength() const { return length; }
 
@@ -140,8 +141,10 @@ class NOMUTIL_API OidFormatter {
 // is that of the class alone.
 class NOMUTIL_API RelationalDbOidFormatter : public OidFormatter {
  public:
+  // The layouts.
   enum KoraVersion : std::uint32_t { kOlderLayout = 0, kNewerLayout = 1 };
 
+  // A formatter of this layout.
   explicit RelationalDbOidFormatter(KoraVersion koraVersion);
   RelationalDbOidFormatter(const RelationalDbOidFormatter&) = default;
   RelationalDbOidFormatter& operator=(const RelationalDbOidFormatter&) = default;
@@ -159,6 +162,7 @@ class NOMUTIL_API RelationalDbOidFormatter : public OidFormatter {
 // long as the formatter; null is an empty one.
 class NOMUTIL_API Custom_Separator_Relational_OID_Formatter : public RelationalDbOidFormatter {
  public:
+  // The text stands wherever the layout has '.'.
   explicit Custom_Separator_Relational_OID_Formatter(const char* separatorText);
   Custom_Separator_Relational_OID_Formatter(const Custom_Separator_Relational_OID_Formatter&) =
       default;
@@ -179,8 +183,9 @@ class NOMUTIL_API Custom_Separator_Relational_OID_Formatter : public RelationalD
 // digits each: "1F-3-4-QW00". A null handle is "<null>".
 class NOMUTIL_API DskHandleFormatter {
  public:
+  // Renders and returns the buffer.
   const char* format(const DskHandle* handle);
-  const char* getBuffer() const { return _buffer; }
+  const char* getBuffer() const { return _buffer; }  // the text of the last call
 
   static constexpr std::uint32_t kBufferSize = 38;
 
@@ -212,6 +217,7 @@ NOMUTIL_API const char* decodeDbVolatility(DbObjectVolatility volatility);
 // A finder without memory for its marks has none: every slot is free.
 class NOMUTIL_API HoleFinder {
  public:
+  // All slots are free.
   explicit HoleFinder(unsigned slotCount);
   HoleFinder(const HoleFinder&) = default;
   HoleFinder& operator=(const HoleFinder&) = default;

@@ -98,6 +98,7 @@ class NOMUTIL_API ServerURIParser {
   // "host,6005,,7000"; nothing for a keyword. Any other schema type is asserted and gives nothing.
   void buildConnectionText() noexcept;
 
+  // What was read, by the schema type: a keyword is no URI.
   bool isValid() const { return _schemaType != SchemaType_Invalid; }
   bool isNonURI() const { return _schemaType == SchemaType_NonURI; }
   bool isLocalServer() const { return _schemaType == SchemaType_LocalServer; }

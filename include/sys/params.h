@@ -25,7 +25,7 @@ enum PFormat : std::uint16_t {
   DSKSTRING = 2,              // DskString, in a DskParam alone
   DSKOBJECTID = 3,            // 22: DskObjectId
   DSKINTEGER = 4,             // int32
-  DSKANY = 5,                 // DskHandlerValue that its first operation turns into 25, 33 or 54
+  DSKANY = 5,                 // DskHandlerValue, by paramCreateKoraAny; then 25, 33 or 54
   DSKCHARACTER = 6,           // char
   DSKBOOLEAN = 7,             // 1: not 0 is true
   DSKPOINT = 8,               // DskPoint
@@ -55,6 +55,7 @@ enum PFormat : std::uint16_t {
   DSKKORASTRINGUTF8 = 54,     // DskHandlerValue that holds a KoraUtf8String
   DSKTIMESTAMPOFFSET = 57,    // 12: date, time, int32 offset
 };
+// The usage and more of a parameter, of which the table below tells.
 using PUsage = std::uint8_t;
 using PMore = std::uint8_t;
 
@@ -67,7 +68,7 @@ struct DskHeader {
 //
 //   offset size        field
 //   0      2           format: what the value is and how it is kept
-//   2      1           usage, carried by every copy
+//   2      1           usage, carried by every copy; 2 in a parameter that the library makes
 //   3      1           more, not 0 while the value is partial
 //   4      4           carried, not interpreted
 //   8      32 or 520   value, laid out by format
@@ -80,9 +81,11 @@ struct DskParamHeader {
   PMore more;
   std::uint32_t carried;  // set by the constructor from a DskHeader alone
 
+  // Without arguments a header of format 0, which no operation accepts. carried is not set.
   DskParamHeader() : DskParamHeader(PFormat{}, 0, 0) {}
   DskParamHeader(PFormat initialFormat, PUsage initialUsage, PMore initialMore)
       : format(initialFormat), usage(initialUsage), more(initialMore) {}
+  // All 8 bytes.
   explicit DskParamHeader(const DskHeader& whole) { std::memcpy(this, &whole, sizeof *this); }
 };
 static_assert(sizeof(DskParamHeader) == 8 && sizeof(DskHeader) == 8);
@@ -97,7 +100,12 @@ struct DskParamRecord {
   DskParamHeader header;
   unsigned char value[kRoom];
 
+  // A header of format 0.
   DskParamRecord() {}
+  // A parameter without a value, which setValue or a copy into a fixed format gives it. That is not
+  // enough where the value area is read first: a format with a pointer (1, 14, 34, 51) needs it
+  // set, and one behind a data handler (5, 25, 33, 54), whose function the first operation calls,
+  // is made by paramCreateKoraAny and its kin. DskParam(DSKANY, 0, 0) calls whatever lay there.
   DskParamRecord(PFormat format, PUsage usage, PMore more) : header(format, usage, more) {}
 
   // The first sizeof(T) bytes of the value area. They are reached from the record's address, since
@@ -118,6 +126,7 @@ struct DskParamRecord {
 
 struct DskParam;
 
+// A parameter of 40 bytes, which holds every value but the inline strings and binaries (2 and 11).
 struct ShortDskParam : DskParamRecord<32> {
   using DskParamRecord::DskParamRecord;
   ShortDskParam() {}
@@ -132,6 +141,7 @@ struct ShortDskParam : DskParamRecord<32> {
   operator const DskParam&() const;
 };
 
+// A parameter of 528 bytes, which holds every value.
 struct DskParam : DskParamRecord<520> {
   using DskParamRecord::DskParamRecord;
   DskParam() {}
@@ -148,6 +158,7 @@ struct DskParam : DskParamRecord<520> {
     return *this;
   }
 
+  // Every byte 0.
   static DskParam allZero();
 };
 static_assert(sizeof(ShortDskParam) == 40 && sizeof(DskParam) == 528);
@@ -239,6 +250,7 @@ struct DskPoint {
 struct DskBuffer {
   std::uint32_t length;
   unsigned char carried[68];
+  // The data, behind the record.
   unsigned char* data() { return reinterpret_cast<unsigned char*>(this) + sizeof *this; }
   const unsigned char* data() const {
     return reinterpret_cast<const unsigned char*>(this) + sizeof *this;
@@ -270,6 +282,7 @@ NOMUTIL_API int mapTypeNumberToPFormat(int typeNumber, PFormat* format);
 // classNumber + 1000000 for a number from 1 to 2047 that is not reserved; any other unchanged.
 NOMUTIL_API int makeUserClassNumber(int classNumber);
 
+// The operations of expressions.
 enum ArithmeticOperation : std::uint32_t {
   kArithmeticAdd = 0,
   kArithmeticSubtract = 1,
@@ -489,7 +502,8 @@ NOMUTIL_API int paramCreateKoraBinary(DskParam* parameter, const unsigned char* 
 // A null text is an empty one.
 NOMUTIL_API int paramCreateKoraStringUtf8(DskParam* parameter, const StringUtf8Info* text,
                                           std::uint32_t maximum, PUsage usage);
-// The first operation settles whether it becomes 25, 33 or 54.
+// Makes a DSKANY with the library's data handler and no object: the only way to a valid one but a
+// DskHandlerValue of the caller's own. The first operation settles whether it becomes 25, 33 or 54.
 NOMUTIL_API int paramCreateKoraAny(DskParam* parameter, PUsage usage);
 
 // Make a parameter that owns an object from now on. REQUIRES: it was built in memory of

@@ -125,7 +125,7 @@ TEST_F(BlockCommands, SayWhatIsWrong) {
   nosDenyLibrary("zlib1");
   ZLibDesc::processWide().allowLibReload();
   EXPECT_EQ(refusal("compress", "hello"),
-            "0: the block is not compressed: Library not found (1006)\n");
+            "0: the block is not compressed: Library not found (1006); see nomtool doctor\n");
   nosDenyLibrary(nullptr);
   ZLibDesc::processWide().allowLibReload();
 }

@@ -218,7 +218,7 @@ int geometryCommand(const GeometryOptions& options, std::ostream& out, std::ostr
   }
   DllDesc library("geos_c");
   if (const int status = library.load(); status != kNoError) {
-    err << "GEOS: " << messageText(status) << "; see nomtool doctor\n";
+    err << "GEOS: " << messageText(status) << '\n';
     return kExitRefused;
   }
   Geos geos(err);

@@ -1,7 +1,8 @@
-// Packing reads the file twice: first to find the forms of the columns and the number of rows in
-// each piece, then to make a block of each piece. Both run on the same pipeline.
+// Packing reads the file twice: first to find the forms of the columns, the number of rows in each
+// piece and the salt, then to make a block of each piece. Both run on the same pipeline.
 #include "commands.h"
 
+#include "checksum.h"
 #include "pipeline.h"
 #include "rowpieces.h"
 #include "runcommand.h"
@@ -81,11 +82,25 @@ struct SurveySlot {
 
 struct PackSlot {
   explicit PackSlot(const SnapshotSchema& schema) : builder(schema) {}
+  void closeBlock(std::uint64_t rowEnd);
+
   std::string piece;
   std::uint64_t firstRow = 0;
   BlockBuilder builder;
-  HeldBytes bytes{1u << 20};
+  HeldBytes compressed{1u << 20};
+  std::vector<std::pair<SnapshotBlock, std::string>> blocks;  // numbered when they are written
 };
+
+void PackSlot::closeBlock(std::uint64_t rowEnd) {
+  if (builder.rowCount() == 0) return;
+  SnapshotBlock block;
+  block.firstRow = rowEnd - builder.rowCount();
+  block.rowCount = builder.rowCount();
+  block.expandedLength = static_cast<std::uint32_t>(builder.bytes().size());
+  compressBlock(builder.bytes(), compressed);
+  blocks.emplace_back(block, compressed.view());
+  builder.clear();
+}
 
 class Packer {
  public:
@@ -123,7 +138,9 @@ void Packer::survey() {
   if (!pieces.isHeaderCanonical()) ++_survey->changedRows;
   const TextForm form = pieces.form();
   std::vector<SurveySlot> slots(_slotCount, SurveySlot(columnCount));
-  std::uint64_t bytes = pieces.offset();
+  const std::uint64_t rowsOffset = pieces.offset();
+  std::uint64_t bytes = rowsOffset;
+  Checksum rowSum;
   runPipeline(_workerCount, _slotCount,
               {[&](unsigned i) { return pieces.next(slots[i].piece); },
                [&](unsigned i) {
@@ -139,6 +156,7 @@ void Packer::survey() {
                  if (!slot.fault.empty()) {
                    throw RefusedRow(pieces.fileName(), _survey->rowCount + 1, slot.fault);
                  }
+                 rowSum.add(slot.piece.data(), static_cast<std::uint32_t>(slot.piece.size()));
                  bytes += slot.piece.size();
                  _progress.reach(bytes);
                  return true;
@@ -153,7 +171,13 @@ void Packer::survey() {
     forms.push_back(firstForm(_survey->forms[i]));
     hasAbsent |= _survey->hasEmpty[i] && isFixed(forms.back());
   }
-  _schema = SnapshotSchema(pieces.form(), pieces.names(), std::move(forms), hasAbsent);
+  // The same rows give the same salt; rows of fewer than 4 GiB and of another length never do.
+  const std::uint64_t salt = rowSum.value() | (bytes - rowsOffset) << 32;
+  try {
+    _schema = SnapshotSchema(pieces.form(), pieces.names(), std::move(forms), hasAbsent, salt);
+  } catch (const std::length_error& tooLong) {
+    throw RefusedRow(pieces.fileName(), 0, tooLong.what());
+  }
 }
 
 void Packer::pack() {
@@ -181,34 +205,35 @@ void Packer::pack() {
                },
                [&](unsigned i) {
                  PackSlot& slot = *slots[i];
-                 slot.builder.clear();
+                 slot.blocks.clear();
                  std::string fault;
                  std::uint64_t skipped = 0;
                  std::uint64_t row = slot.firstRow;
-                 forEachRow(
-                     slot.piece, _schema.form(), columnCount, skipped, fault,
-                     [&](const RowScanner& scanner) { slot.builder.add(row++, scanner.fields()); });
+                 forEachRow(slot.piece, _schema.form(), columnCount, skipped, fault,
+                            [&](const RowScanner& scanner) {
+                              if (!slot.builder.add(row, scanner.fields())) {
+                                slot.closeBlock(row);
+                                slot.builder.add(row, scanner.fields());
+                              }
+                              ++row;
+                            });
                  if (!fault.empty()) throw changed;
-                 compressBlock(slot.builder.bytes(), slot.bytes);
+                 slot.closeBlock(row);
                },
                [&](unsigned i) {
                  PackSlot& slot = *slots[i];
                  _trailer.sourceBytes += slot.piece.size();
-                 if (slot.builder.rowCount() != 0) {
-                   SnapshotBlock block;
+                 for (auto& [block, bytes] : slot.blocks) {
                    block.number = _trailer.blockCount++;
-                   block.firstRow = slot.firstRow;
-                   block.rowCount = slot.builder.rowCount();
-                   block.expandedLength = static_cast<std::uint32_t>(slot.builder.bytes().size());
-                   write(sealedBlockHeader(block, slot.bytes.view()));
-                   write(slot.bytes.view());
+                   write(sealedBlockHeader(_schema.salt(), block, bytes));
+                   write(bytes);
                    _trailer.rowCount += block.rowCount;
                  }
                  _progress.reach(_trailer.sourceBytes);
                  return true;
                }});
   if (_trailer.rowCount != _firstRows.back()) throw changed;
-  write(trailerBytes(_trailer));
+  write(trailerBytes(_schema.salt(), _trailer));
   writer.commit();
   _progress.end();
 }

@@ -20,11 +20,9 @@ namespace {
 static_assert(std::endian::native == std::endian::little);
 
 constexpr std::string_view kSignature = "NOMSNP1\n";
-constexpr std::string_view kTrailerMark = "NEND";
 constexpr std::string_view kAbsentName = "absent fields";
-constexpr std::size_t kFixedHeaderSize = 24;
+constexpr std::size_t kFixedHeaderSize = 32;
 constexpr std::size_t kChecksumSize = 4;
-constexpr std::uint32_t kMostHeaderText = 1u << 24;
 constexpr char kBlockOfBytes = 9;               // the first byte of a compressed block of bytes
 constexpr std::uint64_t kMostExpansion = 1032;  // bytes that one of a deflate stream can give
 constexpr const char* kWrongHeader = "a wrong header";
@@ -107,9 +105,20 @@ DamagedSnapshot::DamagedSnapshot(const char* what, int status)
     : std::runtime_error(what + (": " + messageText(status))) {}
 
 SnapshotSchema::SnapshotSchema(const TextForm& form, std::vector<std::string> names,
-                               std::vector<ColumnForm> forms, bool hasAbsent)
-    : _form(form), _names(std::move(names)), _forms(std::move(forms)), _hasAbsent(hasAbsent) {
+                               std::vector<ColumnForm> forms, bool hasAbsent, std::uint64_t salt)
+    : _form(form),
+      _names(std::move(names)),
+      _forms(std::move(forms)),
+      _hasAbsent(hasAbsent),
+      _salt(salt) {
   _describe();
+  if (_descriptions.size() > kMostHeaderText) {
+    throw std::length_error(std::to_string(_names.size()) +
+                            " columns are more than a snapshot can describe");
+  }
+  if (firstLine().size() > kMostHeaderText) {
+    throw std::length_error("the names of the columns take more than 16 MiB");
+  }
 }
 
 void SnapshotSchema::_describe() {
@@ -125,12 +134,17 @@ void SnapshotSchema::_describe() {
   _emptyValues = viewOf(object.getValues());
 }
 
-std::string SnapshotSchema::header() const {
+std::string SnapshotSchema::firstLine() const {
   std::string text;
   for (std::size_t i = 0; i < _names.size(); ++i) {
     if (i != 0) text += _form.delimiter;
     appendField(text, _names[i], _form.delimiter);
   }
+  return text;
+}
+
+std::string SnapshotSchema::header() const {
+  const std::string text = firstLine();
   std::string bytes(kSignature);
   putNumber(bytes, (_form.hasReturns ? kReturnsFlag : 0) |
                        (_form.isLastRowEnded ? kLastRowEndedFlag : 0) |
@@ -138,6 +152,7 @@ std::string SnapshotSchema::header() const {
   putNumber(bytes, std::uint32_t{static_cast<unsigned char>(_form.delimiter)});
   putNumber(bytes, static_cast<std::uint32_t>(text.size()));
   putNumber(bytes, static_cast<std::uint32_t>(_descriptions.size()));
+  putNumber(bytes, _salt);
   const KoraDynamicObject object(identifierOf(0));
   bytes.append(reinterpret_cast<const char*>(object.getFormatDesc()), object.getFormatDescSize());
   bytes += text;
@@ -163,6 +178,7 @@ SnapshotSchema SnapshotSchema::fromHeader(std::string_view bytes) {
   schema._form = {static_cast<char>(delimiter), (flags & kMarkFlag) != 0,
                   (flags & kReturnsFlag) != 0, (flags & kLastRowEndedFlag) != 0};
   schema._hasAbsent = (flags & kAbsentFlag) != 0;
+  schema._salt = numberAt<std::uint64_t>(bytes, 24);
   const std::string_view formatDesc =
       bytes.substr(kFixedHeaderSize, DynamicObject::kFormatDescSize);
   const KoraDynamicObject object(identifierOf(0));
@@ -202,8 +218,20 @@ void SnapshotSchema::_readDescriptions() {
   refuseUnless(_descriptions == descriptions, kWrongHeader);
 }
 
-std::string sealedBlockHeader(SnapshotBlock block, std::string_view bytes) {
-  std::string header(kBlockMark);
+std::string blockMark(std::uint64_t salt) {
+  std::string mark("NBLK");
+  putNumber(mark, salt);
+  return mark;
+}
+
+std::string trailerMark(std::uint64_t salt) {
+  std::string mark("NEND");
+  putNumber(mark, salt);
+  return mark;
+}
+
+std::string sealedBlockHeader(std::uint64_t salt, SnapshotBlock block, std::string_view bytes) {
+  std::string header = blockMark(salt);
   putNumber(header, block.number);
   putNumber(header, block.firstRow);
   putNumber(header, block.rowCount);
@@ -213,8 +241,8 @@ std::string sealedBlockHeader(SnapshotBlock block, std::string_view bytes) {
   return header;
 }
 
-std::string trailerBytes(const SnapshotTrailer& trailer) {
-  std::string bytes(kTrailerMark);
+std::string trailerBytes(std::uint64_t salt, const SnapshotTrailer& trailer) {
+  std::string bytes = trailerMark(salt);
   putNumber(bytes, trailer.blockCount);
   putNumber(bytes, trailer.rowCount);
   putNumber(bytes, trailer.sourceBytes);
@@ -223,16 +251,11 @@ std::string trailerBytes(const SnapshotTrailer& trailer) {
   return bytes;
 }
 
-bool isTrailer(std::string_view bytes) {
-  return bytes.substr(0, kTrailerMark.size()) == kTrailerMark;
-}
-
 SnapshotBlock blockFrom(std::string_view header) {
-  refuseUnless(header.substr(0, kBlockMark.size()) == kBlockMark, "no block begins here");
   const SnapshotBlock block = {
-      numberAt<std::uint32_t>(header, 4),  numberAt<std::uint64_t>(header, 8),
-      numberAt<std::uint32_t>(header, 16), numberAt<std::uint32_t>(header, 20),
-      numberAt<std::uint32_t>(header, 24), numberAt<std::uint32_t>(header, 28)};
+      numberAt<std::uint32_t>(header, 12), numberAt<std::uint64_t>(header, 16),
+      numberAt<std::uint32_t>(header, 24), numberAt<std::uint32_t>(header, 28),
+      numberAt<std::uint32_t>(header, 32), numberAt<std::uint32_t>(header, 36)};
   refuseUnless(block.expandedLength <= kMostBlockBytes && block.length <= kMostBlockBytes,
                "a wrong length");
   refuseUnless(block.number + 1 != 0 && block.firstRow + block.rowCount >= block.firstRow,
@@ -242,8 +265,8 @@ SnapshotBlock blockFrom(std::string_view header) {
 
 SnapshotTrailer trailerFrom(std::string_view bytes) {
   refuseUnless(endsWithChecksum(bytes), "the checksum of the trailer differs");
-  return {numberAt<std::uint32_t>(bytes, 4), numberAt<std::uint64_t>(bytes, 8),
-          numberAt<std::uint64_t>(bytes, 16), numberAt<std::uint64_t>(bytes, 24)};
+  return {numberAt<std::uint32_t>(bytes, 12), numberAt<std::uint64_t>(bytes, 16),
+          numberAt<std::uint64_t>(bytes, 24), numberAt<std::uint64_t>(bytes, 32)};
 }
 
 bool isIntact(std::string_view header, std::string_view bytes) {
@@ -256,7 +279,7 @@ void BlockBuilder::clear() {
   _rowCount = 0;
 }
 
-void BlockBuilder::add(std::uint64_t row, const std::vector<std::string_view>& fields) {
+bool BlockBuilder::add(std::uint64_t row, const std::vector<std::string_view>& fields) {
   const std::vector<ColumnForm>& forms = _schema.forms();
   KoraDynamicObject object(identifierOf(row));
   setImage(&DynamicObject::setPropertyDescriptions, object, _schema.descriptions());
@@ -274,11 +297,15 @@ void BlockBuilder::add(std::uint64_t row, const std::vector<std::string_view>& f
     check(object.setPropertyValue(static_cast<std::uint32_t>(forms.size()) + 1,
                                   static_cast<std::uint32_t>(_absent.size()), _absent.data()));
   }
+  const std::string_view values = viewOf(object.getValues());
   const std::string_view longValues = viewOf(object.getLongValues());
+  const std::size_t length = 4 + values.size() + longValues.size();
+  if (_rowCount != 0 && _bytes.size() + length > _fullBytes) return false;
   putNumber(_bytes, static_cast<std::uint32_t>(longValues.size()));
-  _bytes += viewOf(object.getValues());
+  _bytes += values;
   _bytes += longValues;
   ++_rowCount;
+  return true;
 }
 
 void visitRows(const SnapshotSchema& schema, const SnapshotBlock& block, std::string_view bytes,

@@ -30,9 +30,10 @@ class DamagedSnapshot : public std::runtime_error {
 class SnapshotSchema {
  public:
   SnapshotSchema() = default;
-  // hasAbsent: some field of a column of a fixed form is empty.
+  // hasAbsent: some field of a column of a fixed form is empty. salt: of this file alone. Throws
+  // std::length_error for columns that a header has no room for.
   SnapshotSchema(const TextForm& form, std::vector<std::string> names,
-                 std::vector<ColumnForm> forms, bool hasAbsent);
+                 std::vector<ColumnForm> forms, bool hasAbsent, std::uint64_t salt);
 
   // The header of a file, or of its beginning: what bytes it takes altogether, nothing while they
   // are too few to tell. Throws DamagedSnapshot.
@@ -40,11 +41,14 @@ class SnapshotSchema {
   // REQUIRES: bytes are a whole header.
   static SnapshotSchema fromHeader(std::string_view bytes);
   std::string header() const;
+  // The names as they are written, without the end of the line.
+  std::string firstLine() const;
 
   const TextForm& form() const { return _form; }
   const std::vector<std::string>& names() const { return _names; }  // of the first line's fields
   const std::vector<ColumnForm>& forms() const { return _forms; }
   bool hasAbsent() const { return _hasAbsent; }
+  std::uint64_t salt() const { return _salt; }
   // The properties: the columns, and then, when there are any, the absent fields as a binary of a
   // bit for each column.
   const std::string& descriptions() const { return _descriptions; }
@@ -58,6 +62,7 @@ class SnapshotSchema {
   std::vector<std::string> _names;
   std::vector<ColumnForm> _forms;
   bool _hasAbsent = false;
+  std::uint64_t _salt = 0;
   std::string _descriptions;
   std::string _emptyValues;
 };
@@ -80,31 +85,38 @@ struct SnapshotTrailer {
   std::uint64_t changedRows = 0;  // which come back written in another way
 };
 
-inline constexpr std::size_t kBlockHeaderSize = 32;
-inline constexpr std::size_t kTrailerSize = 36;
+inline constexpr std::size_t kBlockHeaderSize = 40;
+inline constexpr std::size_t kTrailerSize = 44;
+inline constexpr std::uint32_t kMostHeaderText = 1u << 24;  // of the first line, of descriptions
 inline constexpr std::uint32_t kMostBlockBytes = 1u << 28;  // of a block, expanded or not
+// Where a writer ends a block: no row that is read has as much as lies between this and the most.
+inline constexpr std::uint32_t kFullBlockBytes = 1u << 25;
+
+// What a block and the trailer begin with: four letters and the salt of the file. A field may hold
+// another snapshot; nothing in it begins so.
+std::string blockMark(std::uint64_t salt);
+std::string trailerMark(std::uint64_t salt);
 
 // The row numbers of blocks are not known before all blocks before them are made; a block is
 // therefore sealed, with its checksum, when it is written.
-std::string sealedBlockHeader(SnapshotBlock block, std::string_view bytes);
-std::string trailerBytes(const SnapshotTrailer& trailer);
+std::string sealedBlockHeader(std::uint64_t salt, SnapshotBlock block, std::string_view bytes);
+std::string trailerBytes(std::uint64_t salt, const SnapshotTrailer& trailer);
 
-// What the 32 bytes behind a block are. isTrailer: a trailer begins there. Throws DamagedSnapshot
-// for anything else.
-bool isTrailer(std::string_view bytes);
+// What the bytes from a mark on say. Both throw DamagedSnapshot.
 SnapshotBlock blockFrom(std::string_view header);
 SnapshotTrailer trailerFrom(std::string_view bytes);
 // Whether the bytes are those of the block.
 bool isIntact(std::string_view header, std::string_view bytes);
-inline constexpr std::string_view kBlockMark = "NBLK";
 
 // The rows of one block, made by one thread.
 class BlockBuilder {
  public:
-  explicit BlockBuilder(const SnapshotSchema& schema) : _schema(schema) {}
+  explicit BlockBuilder(const SnapshotSchema& schema, std::size_t fullBytes = kFullBlockBytes)
+      : _schema(schema), _fullBytes(fullBytes) {}
 
+  // False, with nothing added, when the block has rows and this one would take it beyond fullBytes.
   // Throws std::runtime_error when the fields are not of the columns' forms or memory runs out.
-  void add(std::uint64_t row, const std::vector<std::string_view>& fields);
+  bool add(std::uint64_t row, const std::vector<std::string_view>& fields);
 
   std::uint32_t rowCount() const { return _rowCount; }
   const std::string& bytes() const { return _bytes; }
@@ -112,6 +124,7 @@ class BlockBuilder {
 
  private:
   const SnapshotSchema& _schema;
+  const std::size_t _fullBytes;
   std::string _bytes;
   std::string _absent;
   std::uint32_t _rowCount = 0;

@@ -1,7 +1,6 @@
 // Damage is skipped to the next mark of a block or a trailer whose checksum is right. Rows are lost
 // between the last block before it and the first one behind it, as their row numbers tell. A block
-// may itself hold the bytes of a snapshot, in a field; where its length can be believed, it is
-// skipped as a whole.
+// may itself hold the bytes of a snapshot, in a field; its marks have another salt.
 #include "snapshotreader.h"
 
 #include <algorithm>
@@ -10,7 +9,6 @@ namespace nomtool {
 namespace {
 
 constexpr std::size_t kReadSize = 1u << 16;
-constexpr std::string_view kTrailerMark = "NEND";
 constexpr const char* kCut = "the file is cut";
 
 }  // namespace
@@ -23,13 +21,15 @@ SnapshotReader::SnapshotReader(const std::string& path, bool salvage)
     : _reader(path), _salvage(salvage) {
   try {
     std::optional<std::size_t> length;
-    for (std::size_t held = 1; !length; held = _held.size() + 1) {
+    for (std::size_t held = 1; !length; held = _held().size() + 1) {
       const bool isHeld = _hold(held);
-      length = SnapshotSchema::headerLength(_held);
+      length = SnapshotSchema::headerLength(_held());
       if (!isHeld && !length) throw DamagedSnapshot(kCut);
     }
     if (!_hold(*length)) throw DamagedSnapshot(kCut);
-    _schema = SnapshotSchema::fromHeader(std::string_view(_held).substr(0, *length));
+    _schema = SnapshotSchema::fromHeader(_held().substr(0, *length));
+    _blockMark = blockMark(_schema.salt());
+    _trailerMark = trailerMark(_schema.salt());
     _drop(*length);
   } catch (const DamagedSnapshot& damage) {
     throw RefusedSnapshot(_reader.name(), "header", damage.what());
@@ -45,19 +45,23 @@ std::optional<std::uint64_t> SnapshotReader::blocksEnd() const {
 // room at most doubles with each read, so that a length that is wrong takes no more than the file
 // has.
 bool SnapshotReader::_hold(std::size_t count) {
-  while (_held.size() < count && !_isAtEnd) {
-    const std::size_t length = _held.size();
+  while (_held().size() < count && !_isAtEnd) {
+    _buffer.erase(0, _taken);
+    _taken = 0;
+    const std::size_t length = _buffer.size();
     const std::size_t wanted = std::max(kReadSize, std::min(count - length, length));
-    _held.resize(length + wanted);
-    const std::size_t read = _reader.read(_held.data() + length, wanted);
-    _held.resize(length + read);
+    _buffer.resize(length + wanted);
+    const std::size_t read = _reader.read(_buffer.data() + length, wanted);
+    _buffer.resize(length + read);
     _isAtEnd = read < wanted;
   }
-  return _held.size() >= count;
+  return _held().size() >= count;
 }
 
+// What is held behind them stays in its place until more is read: it may be much, and the next
+// blocks small.
 void SnapshotReader::_drop(std::size_t count) {
-  _held.erase(0, count);
+  _taken += count;
   _offset += count;
 }
 
@@ -83,14 +87,14 @@ bool SnapshotReader::next(SnapshotBlock& block, std::string& bytes, std::uint64_
 // The next block or, false, the trailer. Throws DamagedSnapshot.
 bool SnapshotReader::_take(SnapshotBlock& block, std::string& bytes) {
   if (!_hold(kBlockHeaderSize)) throw DamagedSnapshot(kCut);
-  if (isTrailer(_held)) {
+  if (_held().starts_with(_trailerMark)) {
     _takeTrailer();
     return false;
   }
-  const std::string_view header = std::string_view(_held).substr(0, kBlockHeaderSize);
-  const SnapshotBlock found = blockFrom(header);
+  if (!_held().starts_with(_blockMark)) throw DamagedSnapshot("no block begins here");
+  const SnapshotBlock found = blockFrom(_held());
   if (!_hold(kBlockHeaderSize + found.length)) throw DamagedSnapshot(kCut);
-  const std::string_view held = std::string_view(_held).substr(0, kBlockHeaderSize + found.length);
+  const std::string_view held = _held().substr(0, kBlockHeaderSize + found.length);
   if (!isIntact(held.substr(0, kBlockHeaderSize), held.substr(kBlockHeaderSize))) {
     throw DamagedSnapshot("the checksum differs");
   }
@@ -108,7 +112,7 @@ bool SnapshotReader::_take(SnapshotBlock& block, std::string& bytes) {
 
 void SnapshotReader::_takeTrailer() {
   if (!_hold(kTrailerSize)) throw DamagedSnapshot(kCut);
-  const SnapshotTrailer trailer = trailerFrom(std::string_view(_held).substr(0, kTrailerSize));
+  const SnapshotTrailer trailer = trailerFrom(_held().substr(0, kTrailerSize));
   const bool isWhole = trailer.blockCount == _blockNumber && trailer.rowCount == _row;
   if (!isWhole && (!_salvage || trailer.rowCount < _row)) {
     throw DamagedSnapshot("the trailer counts other rows");
@@ -119,31 +123,19 @@ void SnapshotReader::_takeTrailer() {
   _drop(kTrailerSize);
 }
 
-// What is skipped of the damage at once: a block that a mark follows, else a byte.
-std::size_t SnapshotReader::_damagedLength() {
-  try {
-    if (!_hold(kBlockHeaderSize)) return 1;
-    const std::size_t length = kBlockHeaderSize + blockFrom(_held).length;
-    if (!_hold(length + kBlockMark.size())) return 1;
-    const std::string_view next = std::string_view(_held).substr(length);
-    return next.starts_with(kBlockMark) || isTrailer(next) ? length : 1;
-  } catch (const DamagedSnapshot&) {
-    return 1;
-  }
-}
-
 // The next mark becomes what is held first; false when there is none.
 bool SnapshotReader::_skipDamage() {
   if (!_hold(1)) return false;
-  _drop(_damagedLength());
+  _drop(1);
   for (;;) {
-    const std::size_t at = std::min(_held.find(kBlockMark), _held.find(kTrailerMark));
-    if (at != _held.npos) {
+    const std::size_t block = _held().find(_blockMark);
+    const std::size_t at = std::min(block, _held().substr(0, block).find(_trailerMark));
+    if (at != std::string_view::npos) {
       _drop(at);
       return true;
     }
-    _drop(_held.size() - std::min(_held.size(), kBlockMark.size() - 1));
-    if (!_hold(_held.size() + 1)) return false;
+    _drop(_held().size() - std::min(_held().size(), _blockMark.size() - 1));
+    if (!_hold(_held().size() + 1)) return false;
   }
 }
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace nomtool {
@@ -42,11 +43,11 @@ class SnapshotReader {
   const std::vector<std::string>& losses() const { return _losses; }
 
  private:
+  std::string_view _held() const { return std::string_view(_buffer).substr(_taken); }
   bool _hold(std::size_t count);
   void _drop(std::size_t count);
   bool _take(SnapshotBlock& block, std::string& bytes);
   void _takeTrailer();
-  std::size_t _damagedLength();
   bool _skipDamage();
   void _lose(bool isNext, std::uint64_t rowEnd);
 
@@ -54,7 +55,10 @@ class SnapshotReader {
   const bool _salvage;
   SnapshotSchema _schema;
   SnapshotTrailer _trailer;
-  std::string _held;  // from _offset on
+  std::string _blockMark;
+  std::string _trailerMark;
+  std::string _buffer;  // its bytes from _taken on are those of the file from _offset on
+  std::size_t _taken = 0;
   std::uint64_t _offset = 0;
   bool _isAtEnd = false;
   std::uint32_t _blockNumber = 0;  // of the next block

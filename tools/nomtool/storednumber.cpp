@@ -93,7 +93,8 @@ std::string decimalText(const Decimal& value, unsigned places) {
 std::string messageText(int number) {
   char buffer[512];
   nomGetMessageText(static_cast<unsigned>(number), buffer, sizeof buffer);
-  return std::string(buffer) + " (" + std::to_string(number) + ")";
+  const char* const where = number == kLibraryNotFound ? "; see nomtool doctor" : "";
+  return std::string(buffer) + " (" + std::to_string(number) + ")" + where;
 }
 
 std::string oneLine(std::string_view text) {

@@ -37,7 +37,7 @@ std::string decimalText(const Decimal& value);
 // The value rounded to `places` decimal places.
 std::string decimalText(const Decimal& value, unsigned places);
 
-// "Invalid parameter value (1002)".
+// "Invalid parameter value (1002)"; behind that of a missing library also who tells more.
 std::string messageText(int number);
 
 // The text fit for one line: control characters become '?' and what is beyond 60 characters "...".

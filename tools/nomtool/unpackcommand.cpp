@@ -101,12 +101,8 @@ bool Unpacker::write(Slot& slot) {
 bool Unpacker::run() {
   const SnapshotSchema& schema = _reader.schema();
   const TextForm& form = schema.form();
-  std::string header(form.hasMark ? kTextMark : "");
-  for (std::size_t i = 0; i < schema.names().size(); ++i) {
-    if (i != 0) header += form.delimiter;
-    appendField(header, schema.names()[i], form.delimiter);
-  }
-  _writer.write(header);
+  if (form.hasMark) _writer.write(kTextMark);
+  _writer.write(schema.firstLine());
 
   const unsigned workerCount = _options.workers != 0 ? _options.workers : defaultWorkerCount();
   std::vector<Slot> slots(2 * workerCount + 2);

@@ -9,6 +9,7 @@
 #define NOMOS_ANNOTATION(x)
 #endif
 
+// The attributes of that page, by their names.
 #define NOMOS_CAPABILITY(name) NOMOS_ANNOTATION(capability(name))
 #define NOMOS_SCOPED_CAPABILITY NOMOS_ANNOTATION(scoped_lockable)
 #define NOMOS_GUARDED_BY(lock) NOMOS_ANNOTATION(guarded_by(lock))

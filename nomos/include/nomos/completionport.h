@@ -52,6 +52,7 @@ class CompletionPort {
     if (_port != nullptr) close();
   }
 
+  // Null when it is empty or closed.
   NosCompletionPort handle() const noexcept { return _port; }
 
   // As the functions of these names above. No other operation may run while close returns.

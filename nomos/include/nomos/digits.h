@@ -32,6 +32,7 @@ inline char* putEightDigits(char* to, std::uint32_t value) {
   return putFourDigits(putFourDigits(to, value / 10000), value % 10000);
 }
 
+// 1 for 0, 3 for 100.
 inline unsigned countDigits(std::uint64_t value) {
   unsigned count = 1;
   for (; value >= 10000; value /= 10000) count += 4;

@@ -35,11 +35,13 @@ class NOMOS_API DllDesc {
   DllDesc(const DllDesc&) = delete;
   DllDesc& operator=(const DllDesc&) = delete;
 
+  // As given to the constructor.
   const char* name() const noexcept { return _name; }
 
   // Loads the library unless it is loaded. 0, or 1006 with the last error set.
   int load() noexcept;
 
+  // Whether the library is loaded at this moment.
   bool isLoaded() const noexcept;
 
   // Gives the library back to the system, which keeps it while anybody else uses it. Every entry

@@ -34,6 +34,7 @@ class NOMOS_API Event {
   // looked at every millisecond.
   bool waitUntil(std::int64_t relativeTime) noexcept;
 
+  // Signals the event and wakes who may pass.
   void set() noexcept;
 
   // set in two steps, for who sets under a lock that the released will want at once: signal says

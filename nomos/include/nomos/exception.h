@@ -9,6 +9,7 @@
 
 class NOMOS_API NomException : public std::exception {
  public:
+  // Carries the number of a message.
   explicit NomException(int number) noexcept : _number(number) {}
   ~NomException() override;
 

@@ -42,6 +42,7 @@ class NOMOS_API KoraFile {
   // The number of bytes in an open file; -1 for what has no size, as a pipe.
   std::int64_t size() const;
 
+  // Closes what is open, if anything; what was written need not lie on the disk.
   void close();
 
  private:
@@ -49,9 +50,12 @@ class NOMOS_API KoraFile {
 };
 
 // Gives a file another name in one step: whoever opens that name meets the old file or the new one,
-// whole. Both names lie on one disk; a directory of that name is not replaced.
+// whole. Both names lie on one disk; a directory of that name is not replaced. On Linux the file
+// takes over the permissions of the one that it replaces.
 NOMOS_API bool nosReplaceFile(const char* from, const char* to);
 
+// Removes a file. False, with the last error set, when it cannot: when there is none of that name,
+// or it is a directory.
 NOMOS_API bool nosDeleteFile(const char* path);
 
 // Whether a person may see what the stream shows, and a line can be written over.

@@ -72,6 +72,7 @@ class NOMOS_API KoraBytes {
  protected:
   static constexpr std::uint32_t kHeaderSize = kTextOverhead - 1;
 
+  // An empty string.
   explicit KoraBytes(std::uint32_t maximum) noexcept : _data(_empty.text), _maximum(maximum) {}
   KoraBytes(const KoraBytes&) = delete;
   KoraBytes& operator=(const KoraBytes&) = delete;
@@ -133,6 +134,7 @@ class NOMOS_API KoraString : public KoraBytes {
 
  public:
   KoraString() noexcept : KoraBytes(kKoraNoMaximum) {}
+  // A copy of the text.
   explicit KoraString(const T* source, std::uint32_t length, std::uint32_t maximum = kKoraNoMaximum)
       : KoraBytes(maximum) {
     setBytes(source, length);
@@ -154,6 +156,7 @@ class NOMOS_API KoraString : public KoraBytes {
     return *this;
   }
 
+  // As bytes, setBytes, appendBytes and resizeBytes.
   T* data() noexcept { return static_cast<T*>(bytes()); }
   const T* data() const noexcept { return static_cast<const T*>(bytes()); }
   void set(const T* source, std::uint32_t length) { setBytes(source, length); }
@@ -164,10 +167,12 @@ class NOMOS_API KoraString : public KoraBytes {
   // Exchanges texts, where they lie, and maxima. REQUIRES: memory from useMemory outlives both.
   void swap(KoraString& other) noexcept { _swap(other); }
 
+  // Length and elements; maxima do not count.
   bool operator==(const KoraString& other) const noexcept { return _equals(other); }
   bool operator!=(const KoraString& other) const noexcept { return !_equals(other); }
 
  protected:
+  // 1035 for characters, 1091 for bytes.
   int _tooLong() const noexcept override;
 };
 
@@ -185,6 +190,7 @@ static_assert(sizeof(KoraString<unsigned char>) == 24);
 class NOMOS_API KoraUtf8String : public KoraBytes {
  public:
   KoraUtf8String() noexcept : KoraBytes(kKoraNoMaximum) {}
+  // A copy of the text; the maximum of info is not regarded.
   explicit KoraUtf8String(const StringUtf8Info& info, std::uint32_t maximum = kKoraNoMaximum);
   KoraUtf8String(const KoraUtf8String& other);             // with the maximum of the other
   KoraUtf8String(KoraUtf8String&& other);                  // may throw as KoraString's does
@@ -192,10 +198,12 @@ class NOMOS_API KoraUtf8String : public KoraBytes {
   KoraUtf8String& operator=(KoraUtf8String&& other);
   ~KoraUtf8String() override;
 
+  // As bytes.
   unsigned char* data() noexcept { return static_cast<unsigned char*>(bytes()); }
   const unsigned char* data() const noexcept { return static_cast<const unsigned char*>(bytes()); }
   std::uint32_t characters() const noexcept override { return _characters; }
 
+  // Replace, and extend, as setBytes and appendBytes do, and count the characters.
   void set(const StringUtf8Info& info);
   void append(const unsigned char* source, std::uint32_t byteLength, std::uint32_t charLength = 0);
   void setUtf8(const StringUtf8Info& source) override { set(source); }
@@ -203,8 +211,9 @@ class NOMOS_API KoraUtf8String : public KoraBytes {
     append(source.data, source.byteLength, source.charLength);
   }
   void resize(std::uint32_t byteLength);  // counts again
-  void clear() noexcept;
+  void clear() noexcept;                  // keeps the memory
 
+  // Byte by byte; maxima and counted characters do not count.
   bool operator==(const KoraUtf8String& other) const noexcept { return _equals(other); }
   bool operator!=(const KoraUtf8String& other) const noexcept { return !_equals(other); }
 
@@ -221,6 +230,7 @@ static_assert(sizeof(KoraUtf8String) == 32);
 class NOMOS_API KoraInlineString final : public KoraString<char> {
  public:
   KoraInlineString() noexcept { _useRoom(_own, kRoom); }
+  // A copy of the text, without a maximum.
   explicit KoraInlineString(const char* source, std::uint32_t length);
   // Also what is moved is copied where it is short.
   KoraInlineString(const KoraInlineString& other);

@@ -89,6 +89,7 @@ class NOMOS_API NlsLocale {
   const char* _afternoon = "";
 };
 
+// Where the data of locales is kept, for the life of the process.
 class NOMOS_API LocaleDataStore {
  public:
   // The data of the calling thread's locale; null when the platform does not know that locale, or

@@ -14,10 +14,12 @@ inline constexpr std::uint32_t kLastDay = 5373484;     // 31 December 9999
 inline constexpr std::uint32_t kFirstMarch = 1721120;  // 1 March of year 0
 inline constexpr std::uint32_t kNoDay = 0xFFFFFFFF;    // a day that does not exist
 
+// Whether it is a day of the years 1 to 9999.
 constexpr bool isDayNumber(std::uint32_t date) {
   return date - kFirstDay <= kLastDay - kFirstDay;
 }
 
+// A day by its place in a year that begins with March.
 struct MarchDay {
   std::uint32_t century;        // 0 to 99
   std::uint32_t yearOfCentury;  // 0 to 99

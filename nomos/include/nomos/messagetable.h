@@ -28,6 +28,7 @@ template <std::size_t kRowCount>
 struct NosMessageIndex {
   static_assert(kRowCount < 0xFFFF, "a slot has 16 bits");
 
+  // Of two rows with one identifier the first is found.
   constexpr explicit NosMessageIndex(const NosMessageRow (&rows)[kRowCount]) {
     for (std::size_t row = 0; row < kRowCount; ++row) {
       std::uint32_t slot = nosMessageSlot(rows[row].identifier, kSlotShift);
@@ -36,6 +37,7 @@ struct NosMessageIndex {
     }
   }
 
+  // The shift of nosMessageSlot for this many rows.
   static constexpr unsigned slotShift() {
     unsigned shift = 28;
     while ((std::size_t{1} << (32 - shift)) < 16 * kRowCount) --shift;
@@ -47,6 +49,7 @@ struct NosMessageIndex {
   std::uint16_t slots[kSlotCount] = {};
 };
 
+// A module that has a table, as it describes itself to the functions below.
 struct NosMessageModule {
   const void* anchor;          // any address inside the module, by which Windows finds it
   const NosMessageRow* rows;   // this and the index are not read on Windows

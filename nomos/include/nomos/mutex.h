@@ -25,6 +25,7 @@ class NOMOS_API NOMOS_CAPABILITY("mutex") ThreadMutex {
   // REQUIRES: the calling thread holds the mutex.
   NOMOS_IN_PLACE void relinquish() NOMOS_RELEASE();
 
+  // As given to the constructor.
   const char* name() const noexcept { return _name; }
 
  private:
@@ -58,6 +59,7 @@ inline void ThreadMutex::relinquish() NOMOS_NO_THREAD_SAFETY_ANALYSIS {
 // Holds a mutex for the life of a scope.
 class NOMOS_SCOPED_CAPABILITY ThreadMutexHold {
  public:
+  // Waits until the mutex is free and takes it; it must outlive the scope.
   explicit ThreadMutexHold(ThreadMutex& mutex) NOMOS_ACQUIRE(mutex) : _mutex(mutex) {
     _mutex.acquire();
   }

@@ -7,8 +7,11 @@
 
 #include <cstdint>
 
+// What a line of the log tells.
 enum class NosLogLevel : std::uint32_t { Error = 0, Information = 1 };
 
+// What stands in for the log, the report of an assertion and the message box. context is as it was
+// given with the sink; texts live as long as the call.
 using NosLogSink = void (*)(void* context, NosLogLevel level, const char* line);
 using NosAssertSink = void (*)(void* context, const char* file, const char* module,
                                const char* expression, const char* kind, unsigned line);

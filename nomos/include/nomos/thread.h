@@ -51,6 +51,7 @@ class NOMOS_API Thread {
   std::uintptr_t _handle = 0;
 };
 
+// Makes threads.
 class NOMOS_API ThreadManager {
  public:
   // Starts a thread that runs entry with argument and ends when it returns.

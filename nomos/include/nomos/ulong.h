@@ -1,9 +1,10 @@
-// NomULong is the 4-byte integer that interfaces on Windows call unsigned long.
+// An integer whose name on Windows means 8 bytes elsewhere.
 #ifndef NOMOS_ULONG_H
 #define NOMOS_ULONG_H
 
 #include <cstdint>
 
+// The 4-byte integer that interfaces on Windows call unsigned long.
 #if defined(_WIN32)
 typedef unsigned long NomULong;
 #else
