@@ -1,5 +1,5 @@
 # What `cmake --install` lays down: both libraries, their headers under include/nomutil, the
-# package files for find_package(nomutil) and pkg-config, and on Windows the compiler's DLLs.
+# package files for find_package(nomutil) and pkg-config, and on Windows the DLLs that they need.
 # The tool and the message files are installed where they are built.
 include(CMakePackageConfigHelpers)
 

@@ -11,6 +11,19 @@ set(CPACK_STRIP_FILES ON)
 if(WIN32)
   set(CPACK_GENERATOR ZIP)
   set(CPACK_PACKAGE_FILE_NAME nomutil-${PROJECT_VERSION}-windows-x64)
+  set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/packaging/sortzip.cmake)
+  # What the zip is, and the notices of what others made, as the packages have them that it is from.
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/packaging/README-windows.txt.in
+    ${PROJECT_BINARY_DIR}/README.txt @ONLY NEWLINE_STYLE CRLF)
+  install(FILES ${PROJECT_BINARY_DIR}/README.txt COMPONENT runtime DESTINATION .)
+  foreach(notice gcc:gcc-mingw-w64-x86-64-posix-runtime mingw-w64:mingw-w64-x86-64-dev
+      zlib:libz-mingw-w64 cli11:libcli11-dev nlohmann-json:nlohmann-json3-dev)
+    string(REPLACE ":" ";" notice ${notice})
+    list(GET notice 0 name)
+    list(GET notice 1 package)
+    install(FILES /usr/share/doc/${package}/copyright RENAME ${name}.txt COMPONENT runtime
+      DESTINATION notices)
+  endforeach()
 else()
   set(CPACK_GENERATOR DEB)
   set(CPACK_DEB_COMPONENT_INSTALL ON)

@@ -54,7 +54,8 @@ if(NOT WIN32)
 endif()
 
 # The libraries share one C++ runtime, since exceptions cross from nomos into nomutil. On Windows
-# its DLLs lie next to the programs in the build tree, and next to our DLLs when installed.
+# its DLLs, without their symbols, and zlib lie next to the programs in the build tree, and next to
+# our DLLs when installed.
 set(NOMUTIL_RUNTIME_DLLS)
 if(WIN32)
   foreach(dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
@@ -63,9 +64,16 @@ if(WIN32)
     if(NOT IS_ABSOLUTE ${path})
       message(FATAL_ERROR "The compiler does not know where ${dll} is.")
     endif()
-    list(APPEND NOMUTIL_RUNTIME_DLLS ${path})
-    configure_file(${path} ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${dll} COPYONLY)
+    set(copy ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${dll})
+    file(MAKE_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+    # Else the time of stripping stands in the copy.
+    execute_process(COMMAND ${CMAKE_STRIP} --preserve-dates -o ${copy} ${path}
+      COMMAND_ERROR_IS_FATAL ANY)
+    list(APPEND NOMUTIL_RUNTIME_DLLS ${copy})
   endforeach()
+  find_file(NOMUTIL_ZLIB_DLL zlib1.dll PATHS /lib REQUIRED)
+  configure_file(${NOMUTIL_ZLIB_DLL} ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/zlib1.dll COPYONLY)
+  list(APPEND NOMUTIL_RUNTIME_DLLS ${NOMUTIL_ZLIB_DLL})
 endif()
 
 # nomutil_family(NAME [DEPENDS family...])

@@ -1,7 +1,10 @@
-// A million results of every family from a seed, and one SHA-256 over them, which is the same on
+// Two million results of every family from a seed, and one SHA-256 over them, which is the same on
 // every platform and in every build.
-//   golden [--family NAME]    the digest of all, or of one family
-#include "sha256.h"
+//   golden [--family NAME] [--seed N] [--expect "COUNT results: DIGEST"]
+// prints the last line of each family and then of all. A run that ends with another line than it is
+// to expect has the exit status 1.
+#include "golden/geometry.h"
+#include "golden/numbers.h"
 
 #include "nomos/testhooks.h"
 
@@ -17,60 +20,17 @@
 #include "sys/params.h"
 #include "sys/textutil.h"
 
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
 #include <string>
-#include <type_traits>
+#include <system_error>
 #include <vector>
 
 namespace {
-
-// Numbers by splitmix64, whose results the standard library has no say in.
-class Numbers {
- public:
-  explicit Numbers(std::uint64_t seed) : _state(seed) {}
-  std::uint64_t next() {
-    std::uint64_t z = _state += 0x9E3779B97F4A7C15;
-    z = (z ^ z >> 30) * 0xBF58476D1CE4E5B9;
-    z = (z ^ z >> 27) * 0x94D049BB133111EB;
-    return z ^ z >> 31;
-  }
-  std::uint32_t below(std::uint32_t bound) { return static_cast<std::uint32_t>(next() % bound); }
-  std::string bytes(std::uint32_t most) {
-    std::string bytes(below(most + 1), '\0');
-    for (char& byte : bytes) byte = static_cast<char>(next());
-    return bytes;
-  }
-  // Bytes of which most are of an alphabet.
-  std::string text(const char* alphabet, std::uint32_t most) {
-    std::string text(below(most + 1), '\0');
-    const auto size = static_cast<std::uint32_t>(std::strlen(alphabet));
-    for (char& c : text) c = alphabet[below(size)];
-    return text;
-  }
-
- private:
-  std::uint64_t _state;
-};
-
-class Results {
- public:
-  void add(const void* bytes, std::size_t count) {
-    _sum.add(bytes, count);
-    ++_count;
-  }
-  void add(const std::string& text) { add(text.c_str(), text.size() + 1); }
-  template <class T>
-  requires std::is_arithmetic_v<T>
-  void add(T value) { add(&value, sizeof value); }
-  std::uint64_t count() const { return _count; }
-  std::string digest() { return _sum.digest(); }
-
- private:
-  Sha256 _sum;
-  std::uint64_t _count = 0;
-};
 
 void decimals(Numbers& numbers, Results& results) {
   constexpr char kAlphabet[] = "0123456789012345678901234567890123456789.-";
@@ -281,7 +241,9 @@ void connections(Numbers& numbers, Results& results) {
 
 void messages(Numbers& numbers, Results& results) {
   // Numbers that have a text: an unknown one depends on the message file.
-  constexpr unsigned kKnown[] = {0, 1, 1000, 1002, 1035, 1091, 1409, 1410, 1422, 3524, 4033};
+#define NUMBER(name, number, text) number,
+  constexpr unsigned kKnown[] = {NOMUTIL_MESSAGE_LIST(NUMBER)};
+#undef NUMBER
   char text[128];
   for (int i = 0; i < 20'000; ++i) {
     const unsigned number = kKnown[numbers.below(std::size(kKnown))];
@@ -350,23 +312,73 @@ constexpr Family kFamilies[] = {{"decimals", decimals},
                                 {"connections", connections},
                                 {"messages", messages},
                                 {"callbacks", callbacks},
-                                {"boxes", boxes}};
+                                {"boxes", boxes},
+                                {"geometry", geometry}};
+
+// Every digit of a pinned digest hangs on it.
+constexpr std::uint64_t kSeed = 20240105;
+
+struct Options {
+  std::string family;
+  std::uint64_t seed = kSeed;
+  std::string expected;
+};
+
+bool parse(int argc, char** argv, Options& options) {
+  for (int i = 1; i < argc; i += 2) {
+    const std::string name = argv[i];
+    if (i + 1 == argc) return false;
+    if (name == "--family") {
+      options.family = argv[i + 1];
+    } else if (name == "--expect") {
+      options.expected = argv[i + 1];
+    } else if (name == "--seed") {
+      const char* const end = argv[i + 1] + std::strlen(argv[i + 1]);
+      const auto [rest, fault] = std::from_chars(argv[i + 1], end, options.seed);
+      if (fault != std::errc() || rest != end) return false;
+    } else {
+      return false;
+    }
+  }
+  const auto isWanted = [&](const Family& family) { return options.family == family.name; };
+  return options.family.empty() ||
+         std::any_of(std::begin(kFamilies), std::end(kFamilies), isWanted);
+}
+
+std::string lineOf(std::uint64_t count, const std::string& digest) {
+  return std::to_string(count) + " results: " + digest;
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  nosSetLogSink([](void*, NosLogLevel, const char*) {}, nullptr);
   // The example of FIPS 180-4.
   Sha256 abc;
   abc.add("abc", 3);
   if (abc.digest() != "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad") return 1;
-  const std::string wanted = argc == 3 ? argv[2] : "";
-  Results results;
-  for (const Family& family : kFamilies) {
-    if (!wanted.empty() && wanted != family.name) continue;
-    Numbers numbers(std::strlen(family.name));
-    family.run(numbers, results);
+  Options options;
+  if (!parse(argc, argv, options)) {
+    std::fprintf(stderr, "golden [--family NAME] [--seed N] [--expect LINE], of the families\n");
+    for (const Family& family : kFamilies) std::fprintf(stderr, "  %s\n", family.name);
+    return 2;
   }
-  std::printf("%llu results: %s\n", static_cast<unsigned long long>(results.count()),
-              results.digest().c_str());
+  Numbers seeds(options.seed);
+  Sha256 all;
+  std::uint64_t count = 0;
+  for (const Family& family : kFamilies) {
+    Numbers numbers(seeds.next());
+    if (!options.family.empty() && options.family != family.name) continue;
+    nosSetLogSink([](void*, NosLogLevel, const char*) {}, nullptr);
+    Results results;
+    family.run(numbers, results);
+    const std::string digest = results.digest();
+    std::printf("%-12s %s\n", family.name, lineOf(results.count(), digest).c_str());
+    all.add(digest.data(), digest.size());
+    count += results.count();
+  }
+  const std::string line = lineOf(count, all.digest());
+  std::printf("%s\n", line.c_str());
+  if (options.expected.empty() || options.expected == line) return 0;
+  std::printf("expected:    %s\n", options.expected.c_str());
+  return 1;
 }
