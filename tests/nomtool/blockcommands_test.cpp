@@ -124,8 +124,10 @@ TEST_F(BlockCommands, SayWhatIsWrong) {
 
   nosDenyLibrary("zlib1");
   ZLibDesc::processWide().allowLibReload();
-  EXPECT_EQ(refusal("compress", "hello"),
-            "0: the block is not compressed: Library not found (1006); see nomtool doctor\n");
+  for (const char* const line : {"compress @in -o @out", "uncompress @in -o @out"}) {
+    EXPECT_EQ(runTool(line),
+              Outcome(1, "", "@in: zlib: Library not found (1006); see nomtool doctor\n"));
+  }
   nosDenyLibrary(nullptr);
   ZLibDesc::processWide().allowLibReload();
 }

@@ -129,7 +129,7 @@ struct PackOptions {
   std::string output;
   std::string delimiter = ",";     // one byte, or "\t" or "tab"
   unsigned workers = 0;            // 0: one for each processor
-  unsigned blockBytes = 1u << 19;  // of text, at least, but in the last block
+  unsigned blockBytes = 1u << 19;  // of text, about
   bool quiet = false;
 };
 

@@ -186,6 +186,7 @@ void printTable(const SnapshotReader& reader, const Contents& contents, std::ost
 
 int inspectCommand(const InspectOptions& options, std::ostream& out, std::ostream& err) {
   return runCommand(err, [&] {
+    requireZlib(options.input);
     SnapshotReader reader(options.input, false);
     const Contents contents = readContents(reader, options, err);
     options.json ? printJson(reader, contents, out) : printTable(reader, contents, out);

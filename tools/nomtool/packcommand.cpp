@@ -11,10 +11,14 @@
 #include "storednumber.h"
 #include "valuetext.h"
 
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 namespace nomtool {
 namespace {
+
+constexpr const char* kStandard = "-";
 
 // What is known of the columns after some rows.
 struct Survey {
@@ -65,7 +69,8 @@ void forEachRow(const std::string& piece, const TextForm& form, std::size_t colu
     if (scanner.fault() != nullptr) {
       fault = scanner.fault();
     } else if (scanner.fields().size() != columnCount) {
-      fault = std::to_string(scanner.fields().size()) + " fields instead of " +
+      const std::size_t count = scanner.fields().size();
+      fault = std::to_string(count) + (count == 1 ? " field" : " fields") + " instead of " +
               std::to_string(columnCount);
     }
     if (!fault.empty()) return;
@@ -141,8 +146,21 @@ void Packer::survey() {
   const std::uint64_t rowsOffset = pieces.offset();
   std::uint64_t bytes = rowsOffset;
   Checksum rowSum;
+  // A row that is too long is the fault of a last piece, so that the rows before it are counted.
+  bool isTooLong = false;
+  const auto read = [&](SurveySlot& slot) {
+    if (isTooLong) return false;
+    try {
+      return pieces.next(slot.piece);
+    } catch (const std::length_error& tooLong) {
+      isTooLong = true;
+      slot.piece.clear();
+      slot.fault = tooLong.what();
+      return true;
+    }
+  };
   runPipeline(_workerCount, _slotCount,
-              {[&](unsigned i) { return pieces.next(slots[i].piece); },
+              {[&](unsigned i) { return read(slots[i]); },
                [&](unsigned i) {
                  SurveySlot& slot = slots[i];
                  slot.survey = Survey(columnCount);
@@ -239,8 +257,9 @@ void Packer::pack() {
 }
 
 void Packer::print(std::ostream& out) const {
-  out << _options.output << ": " << _trailer.rowCount << " rows in " << _trailer.blockCount
-      << " blocks, " << _trailer.sourceBytes << " bytes in " << _written << '\n';
+  out << (_options.output == kStandard ? "standard output" : _options.output) << ": "
+      << _trailer.rowCount << " rows in " << _trailer.blockCount << " blocks, "
+      << _trailer.sourceBytes << " bytes in " << _written << '\n';
   if (_trailer.changedRows != 0) {
     out << _trailer.changedRows << (_trailer.changedRows == 1 ? " row" : " rows")
         << " will come back written in another way\n";
@@ -248,9 +267,25 @@ void Packer::print(std::ostream& out) const {
 }
 
 void Packer::run(std::ostream& out) {
+  requireZlib(_options.input);
   survey();
   pack();
   print(out);
+}
+
+// Why the files cannot be those of a run; empty when they can. A pipe that has a name is not
+// opened: that would wait for its writer. Throws StreamFault.
+std::string refusalOf(const PackOptions& options) {
+  std::error_code ignored;
+  if (options.input == kStandard || std::filesystem::is_fifo(options.input, ignored) ||
+      !ByteReader(options.input).size()) {
+    return (options.input == kStandard ? "standard input" : options.input) +
+           ": a table is read twice, and must be a file";
+  }
+  if (std::filesystem::equivalent(options.input, options.output, ignored)) {
+    return options.output + ": the snapshot would replace the table";
+  }
+  return "";
 }
 
 }  // namespace
@@ -261,7 +296,16 @@ int packCommand(const PackOptions& options, std::ostream& out, std::ostream& err
     err << "nomtool: " << inQuotes(options.delimiter) << " cannot be a delimiter\n";
     return kExitUsage;
   }
-  return runCommand(err, [&] { Packer(options, *delimiter, err).run(out); });
+  std::string refusal;
+  const int status = runCommand(err, [&] {
+    refusal = refusalOf(options);
+    // The summary is no part of a snapshot.
+    std::ostream& summary = options.output == kStandard ? err : out;
+    if (refusal.empty()) Packer(options, *delimiter, err).run(summary);
+  });
+  if (refusal.empty()) return status;
+  err << refusal << '\n';
+  return kExitUsage;
 }
 
 }  // namespace nomtool

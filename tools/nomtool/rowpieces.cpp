@@ -5,6 +5,7 @@
 
 #include "sys/messages.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace nomtool {
@@ -15,12 +16,22 @@ constexpr std::size_t kMostRowBytes = 64u << 20;
 }  // namespace
 
 RefusedRow::RefusedRow(const std::string& name, std::uint64_t row, const std::string& what)
-    : std::runtime_error(name + ": row " + std::to_string(row) + ": " + what + ": " +
-                         messageText(kInvalidParameterValue)) {}
+    : RefusedRow(name + ": row " + std::to_string(row), what) {}
+
+RefusedRow::RefusedRow(const std::string& name, const std::string& what)
+    : std::runtime_error(name + ": " + what + ": " + messageText(kInvalidParameterValue)) {}
 
 RowPieces::RowPieces(const std::string& path, char delimiter, std::size_t pieceBytes)
     : _reader(path), _pieceBytes(pieceBytes) {
   _form.delimiter = delimiter;
+  try {
+    _takeHeader();
+  } catch (const std::length_error& tooLong) {
+    throw RefusedRow(_reader.name(), 0, tooLong.what());
+  }
+}
+
+void RowPieces::_takeHeader() {
   while (_rest.find('\n') == _rest.npos && _fill()) {
   }
   if (std::string_view(_rest).substr(0, kTextMark.size()) == kTextMark) {
@@ -31,10 +42,18 @@ RowPieces::RowPieces(const std::string& path, char delimiter, std::size_t pieceB
   const std::size_t lineEnd = _rest.find('\n');
   _form.hasReturns = lineEnd != _rest.npos && lineEnd > 0 && _rest[lineEnd - 1] == '\r';
   // The header row may itself hold line ends between quotes.
-  while (wholeRows(_rest, delimiter) == 0 && _fill()) {
+  std::size_t whole = 0;
+  while ((whole = wholeRows(_rest, _form.delimiter)) == 0 && _fill()) {
+  }
+  if (whole == 0) {
+    std::string lines = _rest;
+    std::replace(lines.begin(), lines.end(), '\r', '\n');
+    if (wholeRows(lines, _form.delimiter) != 0) {
+      throw RefusedRow(_reader.name(), "the lines end with CR alone");
+    }
   }
   RowScanner scanner(_rest, _form);
-  if (!scanner.next()) throw RefusedRow(_reader.name(), 0, "there is no header row");
+  if (!scanner.next()) throw RefusedRow(_reader.name(), "there is no header row");
   if (scanner.fault() != nullptr) throw RefusedRow(_reader.name(), 0, scanner.fault());
   _names.assign(scanner.fields().begin(), scanner.fields().end());
   _isHeaderCanonical = scanner.isCanonical();
@@ -46,7 +65,7 @@ RowPieces::RowPieces(const std::string& path, char delimiter, std::size_t pieceB
 // Reads more; false at the end of the file.
 bool RowPieces::_fill() {
   if (_isAtEnd) return false;
-  if (_rest.size() > kMostRowBytes) throw std::length_error("a row has more than 64 MiB");
+  if (_rest.size() > kMostRowBytes) throw std::length_error("the row has more than 64 MiB");
   const std::size_t length = _rest.size();
   _rest.resize(length + _pieceBytes);
   const std::size_t count = _reader.read(_rest.data() + length, _pieceBytes);

@@ -16,6 +16,8 @@ class RefusedRow : public std::runtime_error {
  public:
   // The row counts from 1 below the header row, which is row 0.
   RefusedRow(const std::string& name, std::uint64_t row, const std::string& what);
+  // No row of the file can be told from another.
+  RefusedRow(const std::string& name, const std::string& what);
 };
 
 class RowPieces {
@@ -37,6 +39,7 @@ class RowPieces {
   bool next(std::string& piece);
 
  private:
+  void _takeHeader();
   bool _fill();
 
   ByteReader _reader;

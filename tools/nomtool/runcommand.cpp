@@ -4,8 +4,12 @@
 #include "bytestream.h"
 #include "commands.h"
 #include "runprogress.h"
+#include "storednumber.h"
 
-#include <exception>
+#include "sys/compress.h"
+#include "sys/messages.h"
+
+#include <stdexcept>
 
 namespace nomtool {
 
@@ -23,6 +27,13 @@ int runCommand(std::ostream& err, const std::function<void()>& work) {
     err << refused.what() << '\n';
     return kExitRefused;
   }
+}
+
+void requireZlib(const std::string& file) {
+  const int status = ZLibDesc::processWide().load();
+  if (status == kNoError) return;
+  throw std::runtime_error((file == "-" ? "standard input" : file) +
+                           ": zlib: " + messageText(status));
 }
 
 }  // namespace nomtool

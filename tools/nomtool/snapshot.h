@@ -89,7 +89,7 @@ inline constexpr std::size_t kBlockHeaderSize = 40;
 inline constexpr std::size_t kTrailerSize = 44;
 inline constexpr std::uint32_t kMostHeaderText = 1u << 24;  // of the first line, of descriptions
 inline constexpr std::uint32_t kMostBlockBytes = 1u << 28;  // of a block, expanded or not
-// Where a writer ends a block: no row that is read has as much as lies between this and the most.
+// Where a writer ends a block. One row alone may have more, but is read from 80 MiB at most.
 inline constexpr std::uint32_t kFullBlockBytes = 1u << 25;
 
 // What a block and the trailer begin with: four letters and the salt of the file. A field may hold

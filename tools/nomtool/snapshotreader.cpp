@@ -10,11 +10,22 @@ namespace {
 
 constexpr std::size_t kReadSize = 1u << 16;
 constexpr const char* kCut = "the file is cut";
+constexpr const char* kFollowed = "something follows the trailer";
+
+std::string at(std::uint64_t offset) {
+  return "offset " + std::to_string(offset);
+}
 
 }  // namespace
 
 std::string placeOf(std::uint32_t block, std::uint64_t offset) {
-  return "block " + std::to_string(block) + " at offset " + std::to_string(offset);
+  return "block " + std::to_string(block) + " at " + at(offset);
+}
+
+std::string placeOf(std::uint32_t block, std::uint32_t blockEnd, std::uint64_t offset) {
+  if (blockEnd == block + 1) return placeOf(block, offset);
+  return "blocks " + std::to_string(block) + " to " + std::to_string(blockEnd - 1) + " at " +
+         at(offset);
 }
 
 SnapshotReader::SnapshotReader(const std::string& path, bool salvage)
@@ -71,13 +82,14 @@ bool SnapshotReader::next(SnapshotBlock& block, std::string& bytes, std::uint64_
       offset = _offset;
       return _take(block, bytes);
     } catch (const DamagedSnapshot& damage) {
-      if (!_salvage) {
-        throw RefusedSnapshot(_reader.name(), placeOf(_blockNumber, _offset), damage.what());
+      if (_damage.empty()) {
+        _damage = damage.what();
+        _damageOffset = _offset;
+        _damagePlace = _placeOfNext();
       }
-      if (_damage.empty()) _damage = "offset " + std::to_string(_offset) + ": " + damage.what();
+      if (!_salvage) throw RefusedSnapshot(_reader.name(), _damagePlace, _damage);
       if (!_skipDamage()) {
-        _losses.push_back(_damage + ": rows " + std::to_string(_row + 1) +
-                          " and following are lost, if there were any");
+        _loseRest();
         return false;
       }
     }
@@ -101,7 +113,7 @@ bool SnapshotReader::_take(SnapshotBlock& block, std::string& bytes) {
   const bool isNext = found.number == _blockNumber && found.firstRow == _row;
   const bool isLater = found.number > _blockNumber && found.firstRow >= _row;
   if (!isNext && !(_salvage && isLater)) throw DamagedSnapshot("the block is not in its place");
-  _lose(isNext, found.firstRow);
+  _lose(found.number, found.firstRow);
   block = found;
   bytes = held.substr(kBlockHeaderSize);
   _blockNumber = found.number + 1;
@@ -114,11 +126,15 @@ void SnapshotReader::_takeTrailer() {
   if (!_hold(kTrailerSize)) throw DamagedSnapshot(kCut);
   const SnapshotTrailer trailer = trailerFrom(_held().substr(0, kTrailerSize));
   const bool isWhole = trailer.blockCount == _blockNumber && trailer.rowCount == _row;
-  if (!isWhole && (!_salvage || trailer.rowCount < _row)) {
+  if (!isWhole && (!_salvage || trailer.rowCount < _row || trailer.blockCount < _blockNumber)) {
     throw DamagedSnapshot("the trailer counts other rows");
   }
-  if (_hold(kTrailerSize + 1)) throw DamagedSnapshot("something follows the trailer");
-  _lose(isWhole, trailer.rowCount);
+  if (_hold(kTrailerSize + 1)) {
+    _followed = trailer;
+    _followedOffset = _offset;
+    throw DamagedSnapshot(kFollowed);
+  }
+  _lose(trailer.blockCount, trailer.rowCount);
   _trailer = trailer;
   _drop(kTrailerSize);
 }
@@ -139,14 +155,46 @@ bool SnapshotReader::_skipDamage() {
   }
 }
 
-// Notes the damage that was skipped, or the gap, and the rows up to the one that follows.
-void SnapshotReader::_lose(bool isNext, std::uint64_t rowEnd) {
-  if (_damage.empty() && isNext) return;
-  if (_damage.empty()) _damage = "offset " + std::to_string(_offset) + ": blocks are missing";
-  _losses.push_back(_damage + (rowEnd == _row ? ": no row is lost"
-                                              : ": rows " + std::to_string(_row + 1) + " to " +
-                                                    std::to_string(rowEnd) + " are lost"));
+// What is held first, as far as one can tell: a trailer without its mark is all that is left.
+std::string SnapshotReader::_placeOfNext() {
+  const bool isMore = _hold(kTrailerSize + 1);
+  const std::string_view mark = _held().substr(0, _trailerMark.size());
+  const bool isTrailer = mark.size() > 1 && std::string_view(_trailerMark).starts_with(mark);
+  if (isTrailer || (!isMore && _held().size() == kTrailerSize)) return "trailer at " + at(_offset);
+  return mark.size() > 1 ? placeOf(_blockNumber, _offset) : at(_offset);
+}
+
+// Notes the damage that was skipped, or the gap, and the blocks and rows up to what follows.
+void SnapshotReader::_lose(std::uint32_t blockEnd, std::uint64_t rowEnd) {
+  if (_damage.empty()) {
+    if (blockEnd == _blockNumber && rowEnd == _row) return;
+    _damage = "missing";
+    _damageOffset = _offset;
+  }
+  _losses.push_back((blockEnd == _blockNumber ? at(_damageOffset)
+                                              : placeOf(_blockNumber, blockEnd, _damageOffset)) +
+                    ": " + _damage +
+                    (rowEnd == _row ? ": no row is lost"
+                                    : ": rows " + std::to_string(_row + 1) + " to " +
+                                          std::to_string(rowEnd) + " are lost"));
   _damage.clear();
+}
+
+// Notes the damage behind which nothing more is found.
+void SnapshotReader::_loseRest() {
+  const bool isCounted =
+      _followed && _followed->rowCount >= _row && _followed->blockCount >= _blockNumber;
+  if (!isCounted) {
+    _losses.push_back(_damagePlace + ": " + _damage + ": rows " + std::to_string(_row + 1) +
+                      " and following are lost, if there were any");
+    return;
+  }
+  _offset = _followedOffset;
+  if (_damageOffset == _followedOffset) _damage.clear();
+  _lose(_followed->blockCount, _followed->rowCount);
+  _losses.push_back("trailer at " + at(_followedOffset) + ": " + DamagedSnapshot(kFollowed).what() +
+                    ": no row is lost");
+  _trailer = *_followed;
 }
 
 }  // namespace nomtool

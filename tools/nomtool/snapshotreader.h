@@ -20,7 +20,9 @@ class RefusedSnapshot : public std::runtime_error {
       : std::runtime_error(name + ": " + place + ": " + what) {}
 };
 
+// "block 3 at offset 81920"; "blocks 3 to 4 at offset 81920" for those before blockEnd.
 std::string placeOf(std::uint32_t block, std::uint64_t offset);
+std::string placeOf(std::uint32_t block, std::uint32_t blockEnd, std::uint64_t offset);
 
 class SnapshotReader {
  public:
@@ -48,8 +50,10 @@ class SnapshotReader {
   void _drop(std::size_t count);
   bool _take(SnapshotBlock& block, std::string& bytes);
   void _takeTrailer();
+  std::string _placeOfNext();
   bool _skipDamage();
-  void _lose(bool isNext, std::uint64_t rowEnd);
+  void _lose(std::uint32_t blockEnd, std::uint64_t rowEnd);
+  void _loseRest();
 
   ByteReader _reader;
   const bool _salvage;
@@ -61,9 +65,13 @@ class SnapshotReader {
   std::size_t _taken = 0;
   std::uint64_t _offset = 0;
   bool _isAtEnd = false;
-  std::uint32_t _blockNumber = 0;  // of the next block
-  std::uint64_t _row = 0;          // its first row
-  std::string _damage;             // what is being skipped
+  std::uint32_t _blockNumber = 0;   // of the next block
+  std::uint64_t _row = 0;           // its first row
+  std::string _damage;              // what is wrong with what is being skipped, or empty
+  std::uint64_t _damageOffset = 0;  // where it begins
+  std::string _damagePlace;
+  std::optional<SnapshotTrailer> _followed;  // an intact trailer that something follows
+  std::uint64_t _followedOffset = 0;
   std::vector<std::string> _losses;
 };
 

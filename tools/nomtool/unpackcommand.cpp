@@ -128,7 +128,10 @@ int unpackCommand(const UnpackOptions& options, std::ostream& out, std::ostream&
   // What the command wrote to the same place before comes first.
   out.flush();
   bool isWhole = true;
-  const int status = runCommand(err, [&] { isWhole = Unpacker(options, err).run(); });
+  const int status = runCommand(err, [&] {
+    requireZlib(options.input);
+    isWhole = Unpacker(options, err).run();
+  });
   return status == kExitDone && !isWhole ? kExitRefused : status;
 }
 
