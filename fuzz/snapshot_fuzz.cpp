@@ -130,10 +130,7 @@ class Renderer final : public RowVisitor {
 
 std::string firstLine(const SnapshotSchema& schema) {
   std::string line(schema.form().hasMark ? kTextMark : "");
-  for (std::size_t i = 0; i < schema.names().size(); ++i) {
-    if (i != 0) line += schema.form().delimiter;
-    appendField(line, schema.names()[i], schema.form().delimiter);
-  }
+  line += schema.firstLine();
   line += schema.form().lineEnd();
   return line;
 }

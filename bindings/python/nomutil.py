@@ -270,21 +270,22 @@ class Decimal:
     def __rdivmod__(self, other):
         return self._divmod(other, self)
 
+    @classmethod
+    def _part(cls, left, right, index):
+        parts = cls._divmod(left, right)
+        return parts if parts is NotImplemented else parts[index]
+
     def __floordiv__(self, other):
-        parts = self._divmod(self, other)
-        return parts if parts is NotImplemented else parts[0]
+        return self._part(self, other, 0)
 
     def __rfloordiv__(self, other):
-        parts = self._divmod(other, self)
-        return parts if parts is NotImplemented else parts[0]
+        return self._part(other, self, 0)
 
     def __mod__(self, other):
-        parts = self._divmod(self, other)
-        return parts if parts is NotImplemented else parts[1]
+        return self._part(self, other, 1)
 
     def __rmod__(self, other):
-        parts = self._divmod(other, self)
-        return parts if parts is NotImplemented else parts[1]
+        return self._part(other, self, 1)
 
     def __neg__(self):
         return Decimal(0) - self

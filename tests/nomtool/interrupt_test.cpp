@@ -80,7 +80,11 @@ TEST_F(Interrupts, AndOutputsThatAreLinksKeepTheLink) {
   write("target", "before");
   std::error_code error;
   std::filesystem::create_symlink("target", path("link"), error);
-  if (error) GTEST_SKIP() << "no links here";
+  if (error) {
+    // The compiler's library for Windows knows no links, hence neither does the tool.
+    EXPECT_EQ(error, std::errc::function_not_supported);
+    return;
+  }
   EXPECT_EQ(std::get<0>(runTool("base64 @text -o @link")), 0);
   EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
   EXPECT_EQ(read("target"), "eA==");

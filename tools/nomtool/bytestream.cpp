@@ -9,24 +9,28 @@
 #include <system_error>
 
 namespace nomtool {
-namespace {
-
-constexpr const char* kStandard = "-";
-
-}  // namespace
 
 StreamFault::StreamFault(const std::string& name)
     : std::runtime_error(name + ": " +
                          std::system_category().message(static_cast<int>(nosGetLastError()))) {}
 
-bool isTerminal(const std::string& path) {
-  return path == kStandard && nosIsTerminal(NosStream::Output);
+bool isStandard(const std::string& path) {
+  return path == "-";
+}
+std::string inputName(const std::string& path) {
+  return isStandard(path) ? "standard input" : path;
+}
+std::string outputName(const std::string& path) {
+  return isStandard(path) ? "standard output" : path;
 }
 
-ByteReader::ByteReader(const std::string& path)
-    : _name(path == kStandard ? "standard input" : path) {
+bool isTerminal(const std::string& path) {
+  return isStandard(path) && nosIsTerminal(NosStream::Output);
+}
+
+ByteReader::ByteReader(const std::string& path) : _name(inputName(path)) {
   const bool isOpen =
-      path == kStandard ? _file.openStandard(NosStream::Input) : _file.openReadOnly(path.c_str());
+      isStandard(path) ? _file.openStandard(NosStream::Input) : _file.openReadOnly(path.c_str());
   if (!isOpen) throw StreamFault(_name);
 }
 
@@ -41,9 +45,8 @@ std::optional<std::uint64_t> ByteReader::size() const {
   return size < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(size));
 }
 
-ByteWriter::ByteWriter(const std::string& path) : _path(path) {
-  if (path == kStandard) {
-    _path = "standard output";
+ByteWriter::ByteWriter(const std::string& path) : _path(outputName(path)) {
+  if (isStandard(path)) {
     if (!_file.openStandard(NosStream::Output)) throw StreamFault(_path);
   } else if (!_file.openDevice(path.c_str())) {
     // What a link names is replaced, not the link.

@@ -21,6 +21,11 @@ class StreamFault : public std::runtime_error {
   explicit StreamFault(const std::string& name);
 };
 
+// A path, or "-", by the name that a person knows it by: "standard input", "standard output".
+bool isStandard(const std::string& path);
+std::string inputName(const std::string& path);
+std::string outputName(const std::string& path);
+
 // Whether what is written to the path is seen by a person.
 bool isTerminal(const std::string& path);
 

@@ -161,8 +161,8 @@ void printTable(const SnapshotReader& reader, const Contents& contents, std::ost
   const SnapshotTrailer& trailer = reader.trailer();
   std::ostringstream ratio;
   ratio << std::fixed << std::setprecision(2) << ratioOf(reader);
-  out << reader.fileName() << ": " << trailer.rowCount << " rows in " << trailer.blockCount
-      << " blocks\n"
+  out << reader.fileName() << ": " << counted(trailer.rowCount, "row") << " in "
+      << counted(trailer.blockCount, "block") << '\n'
       << trailer.sourceBytes << " bytes of text, " << contents.expandedBytes << " of images, in "
       << reader.offset() << ": " << ratio.str() << " to 1\n";
 

@@ -18,8 +18,6 @@
 namespace nomtool {
 namespace {
 
-constexpr const char* kStandard = "-";
-
 // What is known of the columns after some rows.
 struct Survey {
   explicit Survey(std::size_t columnCount)
@@ -69,9 +67,8 @@ void forEachRow(const std::string& piece, const TextForm& form, std::size_t colu
     if (scanner.fault() != nullptr) {
       fault = scanner.fault();
     } else if (scanner.fields().size() != columnCount) {
-      const std::size_t count = scanner.fields().size();
-      fault = std::to_string(count) + (count == 1 ? " field" : " fields") + " instead of " +
-              std::to_string(columnCount);
+      fault =
+          counted(scanner.fields().size(), "field") + " instead of " + std::to_string(columnCount);
     }
     if (!fault.empty()) return;
     take(scanner);
@@ -257,12 +254,11 @@ void Packer::pack() {
 }
 
 void Packer::print(std::ostream& out) const {
-  out << (_options.output == kStandard ? "standard output" : _options.output) << ": "
-      << _trailer.rowCount << " rows in " << _trailer.blockCount << " blocks, "
-      << _trailer.sourceBytes << " bytes in " << _written << '\n';
+  out << outputName(_options.output) << ": " << counted(_trailer.rowCount, "row") << " in "
+      << counted(_trailer.blockCount, "block") << ", " << _trailer.sourceBytes << " bytes in "
+      << _written << '\n';
   if (_trailer.changedRows != 0) {
-    out << _trailer.changedRows << (_trailer.changedRows == 1 ? " row" : " rows")
-        << " will come back written in another way\n";
+    out << counted(_trailer.changedRows, "row") << " will come back written in another way\n";
   }
 }
 
@@ -277,10 +273,9 @@ void Packer::run(std::ostream& out) {
 // opened: that would wait for its writer. Throws StreamFault.
 std::string refusalOf(const PackOptions& options) {
   std::error_code ignored;
-  if (options.input == kStandard || std::filesystem::is_fifo(options.input, ignored) ||
+  if (isStandard(options.input) || std::filesystem::is_fifo(options.input, ignored) ||
       !ByteReader(options.input).size()) {
-    return (options.input == kStandard ? "standard input" : options.input) +
-           ": a table is read twice, and must be a file";
+    return inputName(options.input) + ": a table is read twice, and must be a file";
   }
   if (std::filesystem::equivalent(options.input, options.output, ignored)) {
     return options.output + ": the snapshot would replace the table";
@@ -300,7 +295,7 @@ int packCommand(const PackOptions& options, std::ostream& out, std::ostream& err
   const int status = runCommand(err, [&] {
     refusal = refusalOf(options);
     // The summary is no part of a snapshot.
-    std::ostream& summary = options.output == kStandard ? err : out;
+    std::ostream& summary = isStandard(options.output) ? err : out;
     if (refusal.empty()) Packer(options, *delimiter, err).run(summary);
   });
   if (refusal.empty()) return status;

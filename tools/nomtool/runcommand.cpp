@@ -32,8 +32,7 @@ int runCommand(std::ostream& err, const std::function<void()>& work) {
 void requireZlib(const std::string& file) {
   const int status = ZLibDesc::processWide().load();
   if (status == kNoError) return;
-  throw std::runtime_error((file == "-" ? "standard input" : file) +
-                           ": zlib: " + messageText(status));
+  throw std::runtime_error(inputName(file) + ": zlib: " + messageText(status));
 }
 
 }  // namespace nomtool

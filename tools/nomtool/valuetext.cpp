@@ -37,6 +37,10 @@ std::string hexOf(const void* bytes, std::size_t count) {
   return text;
 }
 
+std::string counted(std::uint64_t count, const char* thing) {
+  return std::to_string(count) + ' ' + thing + (count == 1 ? "" : "s");
+}
+
 std::size_t widthOf(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
     return (static_cast<unsigned char>(c) & 0xC0u) != 0x80u;

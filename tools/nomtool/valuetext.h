@@ -27,6 +27,9 @@ std::optional<std::string> bytesFromHex(std::string_view digits);
 // Two digits and a blank for each byte, without the last blank.
 std::string hexOf(const void* bytes, std::size_t count);
 
+// "1 row", "2 rows".
+std::string counted(std::uint64_t count, const char* thing);
+
 // Characters of a UTF-8 text, counted by the bytes that begin one.
 std::size_t widthOf(std::string_view text);
 

@@ -129,8 +129,7 @@ bool nosReplaceFile(const char* from, const char* to) {
     return false;
   }
   if (!isDone(std::rename(from, to))) return false;
-  // The new name, too, shall lie on the disk. Where a folder cannot be flushed it comes there
-  // later.
+  // The new name, too, shall lie on the disk; where a folder cannot be flushed, it comes later.
   const std::string path(to);
   const std::size_t slash = path.rfind('/');
   const std::string folder = slash == path.npos ? "." : path.substr(0, slash + 1);
