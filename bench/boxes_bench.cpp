@@ -402,7 +402,13 @@ void schedule(benchmark::State& state) {
     memo->schedule(delay());
   }
 }
-BENCHMARK(schedule)->Name("schedule/ours")->Arg(100)->Arg(1'000)->Arg(10'000)->Arg(100'000);
+BENCHMARK(schedule)
+    ->Name("schedule/ours")
+    ->Arg(100)
+    ->Arg(1'000)
+    ->Arg(10'000)
+    ->Arg(100'000)
+    ->Arg(1'000'000);
 
 }  // namespace
 

@@ -4,11 +4,13 @@
 #include "boxes/calendarindex.h"
 
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <random>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -102,8 +104,9 @@ TEST(Calendar, KeepsTimesAndEntriesInOrderWithAndWithoutAnIndex) {
   }
 }
 
-// A calendar of 200,000 memos holds more than the index has room for; it must still be in order,
-// and the index full.
+// A calendar holds more far memos than the index has room for, then memos that come before them and
+// that come and go. It stays in order, and walks among the near memos stay short, since far fences
+// make room.
 TEST(Calendar, OutgrowsItsIndex) {
   const OnlyThread only;
   const auto index = std::make_unique<CalendarIndex>();
@@ -111,17 +114,53 @@ TEST(Calendar, OutgrowsItsIndex) {
   BoxManager::Calendar calendar;
   calendar.begin(&end);
   std::deque<Memo> memos;
+  std::unordered_map<const Memo*, int> orders;
+  int order = 0;
   std::mt19937_64 random(1);
-  for (int i = 0; i < 200'000; ++i) {
-    calendar.enter(&memos.emplace_back(BoxesAccess::make(MU_Memo, 0, 0)), random() >> 24,
-                   index.get());
+  constexpr std::uint64_t kFar = 1 << 20;
+  const auto enter = [&](Memo* memo, std::uint64_t due) {
+    orders[memo] = order++;
+    calendar.enter(memo, due, index.get());
+  };
+  const auto add = [&](std::uint64_t due) {
+    enter(&memos.emplace_back(BoxesAccess::make(MU_Memo, 0, 0)), due);
+  };
+  for (int i = 0; i < 200'000; ++i) add(kFar + (random() >> 24));
+  EXPECT_GT(index->fenceCount(), 65'536u);
+  for (int i = 0; i < 60'000; ++i) add(random() % kFar);
+  for (int i = 0; i < 60'000; ++i) {
+    Memo* const memo = &memos[random() % memos.size()];
+    calendar.remove(memo, index.get());
+    enter(memo, random() % kFar);
   }
-  EXPECT_GT(index->fenceCount(), 8'000u);
-  std::uint64_t last = 0;
-  for (; calendar.count() != 0; calendar.remove(calendar.head(), index.get())) {
-    ASSERT_GE(BoxesAccess::time(*calendar.head()), last);
-    last = BoxesAccess::time(*calendar.head());
+  // Runs that go, the latest first, empty leaves between full ones; then they come back.
+  for (int i = 0; i < 200; ++i) {
+    std::vector<Memo*> run;
+    for (Memo* memo = &memos[random() % memos.size()]; memo != nullptr && run.size() < 200;) {
+      run.push_back(memo);
+      memo = BoxesAccess::link(*memo).prev;
+      calendar.remove(run.back(), index.get());
+    }
+    for (Memo* const memo : run) enter(memo, BoxesAccess::time(*memo));
   }
+  ASSERT_EQ(calendar.count(), memos.size());
+  const Memo* last = nullptr;
+  std::uint32_t fences = 0;
+  int run = 0;
+  int longestRun = 0;
+  for (Memo* memo = calendar.head(); memo != &end; memo = BoxesAccess::link(*memo).next) {
+    if (last != nullptr) {
+      ASSERT_LT(std::pair(BoxesAccess::time(*last), orders[last]),
+                std::pair(BoxesAccess::time(*memo), orders[memo]));
+    }
+    last = memo;
+    run = BoxesAccess::isIndexed(*memo) ? 0 : run + 1;
+    if (BoxesAccess::isIndexed(*memo)) ++fences;
+    if (BoxesAccess::time(*memo) < kFar) longestRun = std::max(longestRun, run);
+  }
+  EXPECT_EQ(fences, index->fenceCount());
+  EXPECT_LT(longestRun, 1'000);
+  while (calendar.count() != 0) calendar.remove(calendar.head(), index.get());
   EXPECT_EQ(index->fenceCount(), 0u);
 }
 

@@ -36,6 +36,7 @@ struct BoxesAccess {
     return memo._content._slot;
   }
   static std::uint64_t time(const Memo& memo) NOMOS_REQUIRES(changeLock) { return memo._time; }
+  static bool isIndexed(const Memo& memo) NOMOS_REQUIRES(changeLock) { return memo._indexed; }
   static MemoLinkage link(const Memo& memo) NOMOS_REQUIRES(changeLock) { return memo._linkA; }
 
   static MemoLocus locus(const Memo& memo) NOMOS_REQUIRES(changeLock) { return memo._locus; }

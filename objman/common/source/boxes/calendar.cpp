@@ -23,7 +23,7 @@ bool BoxManager::Calendar::enter(Memo* memo, std::uint64_t due,
   Memo* before = _end->_linkA.prev;  // the last, which most are behind
   if (before != nullptr && before->_time > due) {
     if (index != nullptr) {
-      before = index->before(due, _head);
+      before = index->before(memo, _head, _count);
     } else {
       while (before != nullptr && before->_time > due) before = before->_linkA.prev;
     }
@@ -42,8 +42,10 @@ bool BoxManager::Calendar::enter(Memo* memo, std::uint64_t due,
 }
 
 void BoxManager::Calendar::remove(Memo* memo, nomutil::boxes::CalendarIndex* index) {
-  if (index != nullptr) index->remove(memo);
   const MemoLinkage link = memo->_linkA;
+  __builtin_prefetch(link.prev, 1);  // while the index is searched
+  __builtin_prefetch(link.next, 1);
+  if (index != nullptr) index->remove(memo);
   link.next->_linkA.prev = link.prev;
   if (link.prev != nullptr) {
     link.prev->_linkA.next = link.next;

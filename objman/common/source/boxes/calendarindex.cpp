@@ -9,29 +9,38 @@
 
 namespace nomutil::boxes {
 
-Memo* CalendarIndex::before(std::uint64_t due, Memo* first) {
+CalendarIndex::CalendarIndex() noexcept {
+  std::iota(_order, _order + kLeafCount, std::uint16_t{0});
+}
+
+Memo* CalendarIndex::before(Memo* entering, Memo* first, std::uint32_t count) {
+  const std::uint64_t due = entering->_time;
   if (first->_time > due) return nullptr;
   Place place{};
   const bool isFence = _rows != 0 && _first[0] <= due;
   if (isFence) place = _find(due);
   Memo* memo = isFence ? _at(place).memo : first;
   // The walk ends before the next fence, whose time is known without reading its memo.
-  const Memo* const last = isFence ? _next(place).memo : nullptr;
+  Memo* const last = isFence ? _next(place).memo : nullptr;
+  __builtin_prefetch(last, 1);  // most likely the memo behind the place
   std::uint32_t steps = 0;
   for (Memo* next = memo->_linkA.next; next != last && next->_time <= due;
        next = memo->_linkA.next) {
     memo = next;
     ++steps;
   }
-  if (steps < kLongWalk) return memo;
-  if (!isFence) {
-    _insert({0, 0}, memo);
-  } else if (memo->_time == _at(place).time) {
+  if (steps < kLongWalk && count < kMany) return memo;
+  if (isFence && due == _at(place).time) {
     // Many memos of one time need one fence, the last.
     _at(place).memo->_indexed = false;
-    _set(place, memo);
+    _set(place, entering);
   } else {
-    _insert({place.row, place.column + 1}, memo);
+    if (isFence) ++place.column;
+    if (_isFull(place.row) && steps >= kTooLongWalk) {
+      _thin();
+      place = _behind(due);
+    }
+    _insert(place, entering);
   }
   return memo;
 }
@@ -56,15 +65,25 @@ std::uint32_t CalendarIndex::fenceCount() const {
 
 // The last fence at or before a time. REQUIRES: there is one.
 CalendarIndex::Place CalendarIndex::_find(std::uint64_t time) const {
+  const Place behind = _behind(time);
+  return {behind.row, behind.column - 1};
+}
+
+// The place behind the last fence at or before a time, {0, 0} if there is none. REQUIRES: there are
+// fences.
+CalendarIndex::Place CalendarIndex::_behind(std::uint64_t time) const {
   std::uint32_t row = 0;
   for (std::uint32_t width = _rows; width > 1; width -= width / 2) {
     row += width / 2 & -static_cast<std::uint32_t>(_first[row + width / 2] <= time);
   }
   const Fence* const fences = _leaf(row).fences;
+  // The halving would wait for line after line.
+  for (std::uint32_t i = 0; i < _count[row]; i += 64 / sizeof(Fence)) {
+    __builtin_prefetch(fences + i);
+  }
   const auto later = [](std::uint64_t value, const Fence& fence) { return value < fence.time; };
-  const auto behind = static_cast<std::uint32_t>(
-      std::upper_bound(fences, fences + _count[row], time, later) - fences);
-  return {row, behind - 1};
+  const Fence* const behind = std::upper_bound(fences, fences + _count[row], time, later);
+  return {row, static_cast<std::uint32_t>(behind - fences)};
 }
 
 // The fence behind a place; behind the last one, no memo and the latest time.
@@ -83,12 +102,12 @@ void CalendarIndex::_set(Place place, Memo* memo) {
 // Makes room at a place and sets it; does nothing when there is no room left.
 void CalendarIndex::_insert(Place place, Memo* memo) {
   if (_rows == 0) {
-    for (std::uint32_t i = 0; i < kLeafCount; ++i) _order[i] = static_cast<std::uint16_t>(i);
     _rows = 1;
     _count[0] = 0;
   }
+  if (_isFull(place.row)) return;
   if (_count[place.row] == kLeafRoom) {
-    if (!_split(place.row)) return;
+    _split(place.row);
     if (place.column > kLeafRoom / 2) place = {place.row + 1, place.column - kLeafRoom / 2};
   }
   Fence* const fence = &_at(place);
@@ -103,14 +122,26 @@ void CalendarIndex::_erase(Place place) {
   std::memmove(fence, fence + 1, (count - place.column) * sizeof(Fence));
   if (count != 0) _first[place.row] = _leaf(place.row).fences[0].time;
   if (count > kLeafRoom / 4) return;
-  if (place.row + 1 < _rows) _join(place.row);
-  if (_rows > 1 && place.row > 0) _join(place.row - 1);
+  if (place.row + 1 < _rows && _mayJoin(place.row)) _join(place.row);
+  if (_rows > 1 && place.row > 0 && _mayJoin(place.row - 1)) _join(place.row - 1);
   if (_rows == 1 && _count[0] == 0) _rows = 0;
 }
 
-// Moves the upper half of a full row into a new row behind it. False when no leaf is left.
-bool CalendarIndex::_split(std::uint32_t row) {
-  if (_rows == kLeafCount) return false;
+// Frees a leaf of a full index: of two neighbours every other fence goes. The rows take turns, so
+// that fences leave where nobody makes new ones.
+void CalendarIndex::_thin() {
+  for (std::uint32_t row = _hand; row < _hand + 2; ++row) {
+    Fence* const fences = _leaf(row).fences;
+    for (std::uint32_t i = 1; i < _count[row]; i += 2) fences[i].memo->_indexed = false;
+    _count[row] = static_cast<std::uint8_t>((_count[row] + 1) / 2);
+    for (std::uint32_t i = 1; i < _count[row]; ++i) fences[i] = fences[2 * i];
+  }
+  _join(_hand);
+  _hand = (_hand + 1) % (kLeafCount - 1);
+}
+
+// Moves the upper half of a full row into a new row behind it. REQUIRES: a leaf is left.
+void CalendarIndex::_split(std::uint32_t row) {
   const std::uint16_t fresh = _order[_rows];
   const std::uint32_t behind = _rows - row - 1;
   std::memmove(_order + row + 2, _order + row + 1, behind * sizeof *_order);
@@ -122,14 +153,19 @@ bool CalendarIndex::_split(std::uint32_t row) {
   std::copy_n(_leaf(row).fences + kHalf, kHalf, _leaf(row + 1).fences);
   _count[row] = _count[row + 1] = kHalf;
   _first[row + 1] = _leaf(row + 1).fences[0].time;
-  return true;
 }
 
-// Moves the next row into a row when both fill at most three quarters of a leaf or one is empty.
+// Whether a row and the next fill at most three quarters of a leaf or one of them is empty.
+bool CalendarIndex::_mayJoin(std::uint32_t row) const {
+  const std::uint32_t lower = _count[row];
+  const std::uint32_t upper = _count[row + 1];
+  return lower + upper <= kLeafRoom * 3 / 4 || lower == 0 || upper == 0;
+}
+
+// Moves the next row into a row. REQUIRES: one leaf has room for both.
 void CalendarIndex::_join(std::uint32_t row) {
   const std::uint32_t lower = _count[row];
   const std::uint32_t upper = _count[row + 1];
-  if (lower + upper > kLeafRoom * 3 / 4 && lower != 0 && upper != 0) return;
   std::copy_n(_leaf(row + 1).fences, upper, _leaf(row).fences + lower);
   _count[row] = static_cast<std::uint8_t>(lower + upper);
   _first[row] = _leaf(row).fences[0].time;

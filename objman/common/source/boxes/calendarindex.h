@@ -1,9 +1,13 @@
 // Finds the place of a due time in a long calendar. The index holds fences: some of the calendar's
 // memos, in the calendar's order, with times that strictly ascend, so that a walk may begin at the
-// last fence that is due no later. A walk that turns out long leaves a fence behind, wherever the
-// times lie; nothing is ever rebuilt. Its size is fixed: when it is full, walks grow.
+// last fence that is due no later. A walk that turns out long makes the entering memo a fence,
+// wherever the times lie; nothing is ever rebuilt. In a calendar whose memos outgrow the caches
+// every step of a walk waits for the memory, so that there every memo becomes a fence.
 //
-// Fences lie in leaves of at most 32, at most 2,048 leaves, found by their first times: a B+-tree
+// Its size is fixed: when it is full, walks grow, up to the length at which fences elsewhere make
+// room.
+//
+// Fences lie in leaves of at most 32, at most 4,096 leaves, found by their first times: a B+-tree
 // of two levels.
 #ifndef NOMUTIL_BOXES_CALENDARINDEX_H
 #define NOMUTIL_BOXES_CALENDARINDEX_H
@@ -16,22 +20,25 @@ namespace nomutil::boxes {
 
 class CalendarIndex {
  public:
-  CalendarIndex() = default;
+  CalendarIndex() noexcept;  // leaves the leaves as they are: megabytes that few calendars touch
 
-  // The memo before the place of a memo that is due at a time: the last that is due no later, or
-  // null when first is later. first to the end marker is the calendar's list, not empty.
-  Memo* before(std::uint64_t due, Memo* first) NOMOS_REQUIRES(changeLock);
+  // The memo before the place of a memo that is about to enter: the last that is due no later, or
+  // null when first is later. The caller links the memo there, which may have become a fence. first
+  // to the end marker is the calendar's list, of count memos, not empty.
+  Memo* before(Memo* entering, Memo* first, std::uint32_t count) NOMOS_REQUIRES(changeLock);
 
   // To be called before a memo that may be a fence leaves the list.
   void remove(Memo* memo) NOMOS_REQUIRES(changeLock);
 
   std::uint32_t fenceCount() const;
 
-  static constexpr std::uint32_t kLongWalk = 3;  // steps that are worth a fence
+  static constexpr std::uint32_t kLongWalk = 3;       // steps that are worth a fence
+  static constexpr std::uint32_t kMany = 32'768;      // memos, each of which is worth a fence
+  static constexpr std::uint32_t kTooLongWalk = 100;  // steps that are worth fences elsewhere
 
  private:
   static constexpr std::uint32_t kLeafRoom = 32;
-  static constexpr std::uint32_t kLeafCount = 2048;
+  static constexpr std::uint32_t kLeafCount = 4096;
 
   // A fence and its time side by side, so that finding the one brings the other into the cache.
   struct Fence {
@@ -50,16 +57,22 @@ class CalendarIndex {
   };
 
   Place _find(std::uint64_t time) const;
+  Place _behind(std::uint64_t time) const;
   Fence _next(Place place) const;
   void _insert(Place place, Memo* memo) NOMOS_REQUIRES(changeLock);
   void _erase(Place place);
   void _set(Place place, Memo* memo) NOMOS_REQUIRES(changeLock);
-  bool _split(std::uint32_t row);
+  void _split(std::uint32_t row);
+  bool _mayJoin(std::uint32_t row) const;
   void _join(std::uint32_t row);
+  void _thin() NOMOS_REQUIRES(changeLock);
+  // No leaf can take another fence in a row.
+  bool _isFull(std::uint32_t row) const { return _rows == kLeafCount && _count[row] == kLeafRoom; }
   Leaf& _leaf(std::uint32_t row) { return _leaves[_order[row]]; }
   const Leaf& _leaf(std::uint32_t row) const { return _leaves[_order[row]]; }
   Fence& _at(Place place) { return _leaf(place.row).fences[place.column]; }
 
+  std::uint32_t _hand = 0;           // the row that is thinned next
   std::uint32_t _rows = 0;           // leaves in use, none of them empty
   std::uint64_t _first[kLeafCount];  // the first time of each row
   std::uint16_t _order[kLeafCount];  // row -> leaf; behind the rows, the leaves not in use
