@@ -197,8 +197,13 @@ class Source {
   // A dividend whose real division passes just below a multiple of 2^64 times the divisor, where
   // a division by 64-bit words has the top words of rest and divisor equal; or whose quotient has
   // up to 128 bits, one more than a signed value takes. It may lack some of the divisor's places.
+  // Or a multiple of the divisor, which leaves no rest.
   Decimal beside(const Decimal& divisor) {
     Integer factor;
+    if (below(3) == 0) {
+      factor.limb[0] = static_cast<std::uint16_t>(below(0x7FFF));
+      return decimalOf(factor * modelOf(divisor).digits, divisor.getScaleFactor());
+    }
     factor.limb[below(2) == 0 ? 4 : 7] = static_cast<std::uint16_t>(1 + below(0xFFFF));
     const unsigned missing = below(std::min(divisor.getScaleFactor() + 1u, 4u));
     const Integer digits = cut(factor * modelOf(divisor).digits - Integer{{1}}, 23 + missing);

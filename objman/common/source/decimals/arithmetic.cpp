@@ -148,16 +148,6 @@ inline Product multiplyMagnitudes(UInt128 a, UInt128 b) {
   return product;
 }
 
-// dividend / divisor for a divisor of one word. False when the quotient exceeds 127 bits.
-inline bool divideByOneWord(const Product& dividend, std::uint64_t divisor, UInt128& quotient) {
-  if (dividend.word[0] != 0 || dividend.word[1] >= divisor) return false;
-  std::uint64_t rest = dividend.word[1];
-  const std::uint64_t high = divideTwoByOne(rest, dividend.word[2], divisor, rest);
-  const std::uint64_t low = divideTwoByOne(rest, dividend.word[3], divisor, rest);
-  quotient = joinWords(high, low);
-  return fitsValue(quotient);
-}
-
 // One step of algorithm D with a normalised divisor of two words: top:next / divisor, the
 // remainder in top. REQUIRES: top < divisor.
 inline std::uint64_t divideStep(UInt128& top, std::uint64_t next, UInt128 divisor) {
@@ -189,24 +179,52 @@ inline std::uint64_t divideStep(UInt128& top, std::uint64_t next, UInt128 diviso
   return estimate;
 }
 
-// value:next shifted left by 0 to 63 bits, without the last word.
-inline UInt128 shifted(UInt128 value, std::uint64_t next, unsigned left) {
-  return joinWords(shiftedHigh(highWord(value), lowWord(value), left),
-                   shiftedHigh(lowWord(value), next, left));
+// A dividend of realDivide, raised by 10^23 = 5^23 * 2^23, as far as 5^23 goes: three words, and
+// the 23 bits are left to the shift that divisors of two words need anyway. REQUIRES: top < 2^41.
+struct Raised {
+  std::uint64_t top;
+  std::uint64_t high;
+  std::uint64_t low;
+};
+constexpr unsigned kTwos = 23;
+constexpr std::uint64_t kFiveTo23 = 11'920'928'955'078'125;
+static_assert(UInt128{kFiveTo23} << kTwos == UInt128{powerOfTen(19)} * powerOfTen(4));
+
+// dividend * 2^23 / divisor for a divisor of one word. False when the quotient exceeds 127 bits or
+// the divisor is 0.
+inline bool divideByOneWord(const Raised& dividend, std::uint64_t divisor, UInt128& quotient) {
+  std::uint64_t rest = shiftedHigh(dividend.top, dividend.high, kTwos);
+  if (rest >= divisor) return false;
+  const std::uint64_t middle = shiftedHigh(dividend.high, dividend.low, kTwos);
+  const std::uint64_t high = divideTwoByOne(rest, middle, divisor, rest);
+  const std::uint64_t low = divideTwoByOne(rest, dividend.low << kTwos, divisor, rest);
+  quotient = joinWords(high, low);
+  return fitsValue(quotient);
 }
 
 // The same for a divisor of two words.
-inline bool divideByTwoWords(const Product& dividend, UInt128 divisor, UInt128& quotient) {
-  // The quotient has two words only when the upper half is below the divisor.
-  const std::uint64_t(&word)[4] = dividend.word;
-  if (joinWords(word[0], word[1]) >= divisor) return false;
+inline bool divideByTwoWords(const Raised& dividend, UInt128 divisor, UInt128& quotient) {
+  const auto [top, high, low] = dividend;
   const auto shift = static_cast<unsigned>(std::countl_zero(highWord(divisor)));
-  const UInt128 normal = shifted(divisor, 0, shift);
-  UInt128 top = shifted(joinWords(word[0], word[1]), word[2], shift);
-  const UInt128 below = shifted(joinWords(word[2], word[3]), 0, shift);
-  const std::uint64_t high = divideStep(top, highWord(below), normal);
-  const std::uint64_t low = divideStep(top, lowWord(below), normal);
-  quotient = joinWords(high, low);
+  const UInt128 normal =
+      joinWords(shiftedHigh(highWord(divisor), lowWord(divisor), shift), lowWord(divisor) << shift);
+  UInt128 rest;
+  std::uint64_t next;
+  std::uint64_t last;
+  if (shift + kTwos >= 64) [[likely]] {
+    const unsigned left = shift + kTwos - 64;
+    rest = joinWords(shiftedHigh(top, high, left), shiftedHigh(high, low, left));
+    next = low << left;
+    last = 0;
+  } else {
+    const unsigned left = shift + kTwos;
+    rest = joinWords(top >> (64 - left), shiftedHigh(top, high, left));
+    next = shiftedHigh(high, low, left);
+    last = low << left;
+  }
+  // The rest is below the divisor: its top word is less than 2^63.
+  const std::uint64_t upper = divideStep(rest, next, normal);
+  quotient = joinWords(upper, divideStep(rest, last, normal));
   return fitsValue(quotient);
 }
 
@@ -222,35 +240,67 @@ inline bool isDivisibleByTen(UInt128 value) {
   return static_cast<int>(byFive) & static_cast<int>((lowWord(value) & 1) == 0);
 }
 
-// Strips trailing zero digits off the magnitude of a real quotient; returns the places left.
-inline int stripZeros(UInt128& value) {
-  if (!isDivisibleByTen(value)) return kMaxStoredPlaces;
-  Wide digits{{lowWord(value), highWord(value)}};
-  const int places = decimals::stripZeros(digits, kMaxStoredPlaces);
-  value = joinWords(digits.word[1], digits.word[0]);
-  return places;
-}
+// A count of zero digits, and what tells whether a value has them and takes them off: the value's
+// last bits are 0, and among the products with the inverse of 5^places modulo 2^128 the quotients
+// are the least.
+struct Zeros {
+  int places;
+  UInt128 inverse;
+  UInt128 largestQuotient;
+};
+constexpr auto kZeros = [] {
+  std::array<Zeros, 5> table{};
+  int places = 16;
+  for (Zeros& zeros : table) {
+    UInt128 power = 1;
+    for (int i = 0; i < places; ++i) power *= 5;
+    // The power is its own inverse modulo 8; each step of Newton's doubles the bits that are right.
+    UInt128 inverse = power;
+    for (int bits = 3; bits < 128; bits *= 2) inverse *= 2 - power * inverse;
+    zeros = {places, inverse, ~UInt128{0} / power};
+    places /= 2;
+  }
+  return table;
+}();
 
-constexpr UInt128 kTenTo23 = UInt128{powerOfTen(19)} * powerOfTen(4);
+// Takes trailing zero digits off a value, at most 23 of them; returns the places left of 23.
+[[gnu::noinline]] int stripZeros(UInt128& value) {
+  int left = kMaxStoredPlaces;
+  if (value == 0) return left;
+  // Each step once, since 31 = 16 + 8 + 4 + 2 + 1.
+  for (const Zeros& zeros : kZeros) {
+    const std::uint64_t lastBits = (std::uint64_t{1} << zeros.places) - 1;
+    if ((lowWord(value) & lastBits) != 0 || left < zeros.places) continue;
+    const UInt128 quotient = value * zeros.inverse;
+    if (quotient > zeros.largestQuotient) continue;
+    value = quotient >> zeros.places;
+    left -= zeros.places;
+  }
+  return left;
+}
 
 // realDivide in registers: the magnitude of dividend * 10^23 / divisor, cut. False when a register
 // does not hold it, or the divisor is 0.
 inline bool divideMagnitudes(std::uint64_t dividend, std::uint64_t divisor, UInt128& quotient) {
-  Product scaled = {};
-  std::uint64_t(&word)[4] = scaled.word;
-  multiplyWords(dividend, highWord(kTenTo23), word[1], word[2]);
-  addProduct(dividend, lowWord(kTenTo23), word[1], word[2], word[3]);
-  return divideByOneWord(scaled, divisor, quotient);
+  Raised raised = {};
+  multiplyWords(dividend, kFiveTo23, raised.high, raised.low);
+  return divideByOneWord(raised, divisor, quotient);
 }
 inline bool divideMagnitudes(UInt128 dividend, UInt128 divisor, UInt128& quotient) {
-  const Product scaled = multiplyMagnitudes(dividend, kTenTo23);
-  return highWord(divisor) == 0 ? divideByOneWord(scaled, lowWord(divisor), quotient)
-                                : divideByTwoWords(scaled, divisor, quotient);
+  Raised raised = {};
+  multiplyWords(highWord(dividend), kFiveTo23, raised.top, raised.high);
+  std::uint64_t carried;
+  multiplyWords(lowWord(dividend), kFiveTo23, carried, raised.low);
+  raised.top +=
+      static_cast<std::uint64_t>(__builtin_add_overflow(raised.high, carried, &raised.high));
+  if (raised.top >> (64 - kTwos) != 0) return false;
+  return highWord(divisor) == 0 ? divideByOneWord(raised, lowWord(divisor), quotient)
+                                : divideByTwoWords(raised, divisor, quotient);
 }
 
 // The normal form of a quotient of 23 places.
 inline Decimal quotientOf(UInt128 magnitude, bool negative) {
-  const int places = stripZeros(magnitude);
+  const int places = isDivisibleByTen(magnitude) ? stripZeros(magnitude) : kMaxStoredPlaces;
   return Access::fromValue(signedValue(magnitude, negative), static_cast<std::uint8_t>(places));
 }
 

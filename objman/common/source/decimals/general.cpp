@@ -114,7 +114,9 @@ Wide removePlaces(const Wide& digits, unsigned places, bool round) {
 int stripZeros(Wide& digits, int places) {
   if (isZero(digits)) return places;
   for (int step = 16; step >= 1; step /= 2) {
-    while (places >= step) {
+    // Multiples of 10^step end in as many bits of 0.
+    const std::uint64_t lastBits = (std::uint64_t{1} << step) - 1;
+    while (places >= step && (digits.word[0] & lastBits) == 0) {
       Wide shorter = digits;
       if (divideByWord(shorter, powerOfTen(step)) != 0) break;
       digits = shorter;
