@@ -230,7 +230,7 @@ TEST(DecimalFromString, EndsAtTheNulWhateverFollows) {
   for (const std::string text :
        {"7", "-12.5", "1234567", "12345678", "-123456789012345.6789", "123456789012345.1234567",
         "1234567890123456.4", "-12345678901234567890123.1234567", "1.12345678",
-        "0.1234567890123456", "123456789012345678901234.5"}) {
+        "0.1234567890123456", "123456789012345678901234.5", "-12345678901234567890123"}) {
     for (std::size_t start = kPage - 64; start <= kPage; ++start) {
       for (const char filling : {'9', '.', '\xB0'}) {
         std::memset(pages, filling, sizeof pages);

@@ -374,7 +374,7 @@ char* fillWithStars(char* buffer, std::uint32_t size) {
 // The quick reader, for texts of up to 23 digits and 7 places behind them, takes eight characters
 // at once, some of which may lie behind the end of the text, but on a page of it.
 constexpr std::uintptr_t kPageSize = 4096;  // the smallest
-constexpr std::uintptr_t kReach = 40;       // bytes from the start of the text on that it may load
+constexpr std::uintptr_t kReach = 33;       // bytes from the start of the text on that it may load
 
 // Eight characters, as what they differ in from '0'. It loads what the language does not let it see
 // behind the text's end, hidden from compilers and sanitizers. REQUIRES: no page ends in between.
@@ -468,16 +468,8 @@ std::uint64_t wordPower(std::uint64_t exponent) {
                       static_cast<std::uint8_t>(fraction.count));
 }
 
-}  // namespace
-
-Decimal::Decimal(const char* text) {
-  Access::read(*this, text);
-}
-
-void Access::read(Decimal& out, const char* text) {
-  if (reinterpret_cast<std::uintptr_t>(text) % kPageSize > kPageSize - kReach) {
-    return readText(out, text);
-  }
+// REQUIRES: no page ends before kReach, unless the text ends behind it.
+void readQuickly(Decimal& out, const char* text) {
   const unsigned negative = *text == '-';
   const char* const at = text + (negative | (*text == '+'));
   const std::uint64_t characters = loadEight(at);
@@ -490,8 +482,31 @@ void Access::read(Decimal& out, const char* text) {
   }
   const std::uint64_t size = wordPower(fraction.count) * whole.value + fraction.value;
   const std::uint64_t sign = std::uint64_t{0} - negative;
-  putWord(out, static_cast<std::int64_t>((size ^ sign) + negative),
-          static_cast<std::uint8_t>(fraction.count));
+  Access::putWord(out, static_cast<std::int64_t>((size ^ sign) + negative),
+                  static_cast<std::uint8_t>(fraction.count));
+}
+
+std::uintptr_t roomOnPage(const char* text) {
+  return kPageSize - reinterpret_cast<std::uintptr_t>(text) % kPageSize;
+}
+
+// A text near the end of a page is copied, unless it goes on: then the next page may be read too.
+[[gnu::noinline]] void readAtPageEnd(Decimal& out, const char* text) {
+  const auto* const end = static_cast<const char*>(std::memchr(text, '\0', roomOnPage(text)));
+  if (end == nullptr) return readQuickly(out, text);
+  char copy[2 * kReach] = {};
+  std::memcpy(copy, text, static_cast<std::size_t>(end - text));
+  readQuickly(out, copy);
+}
+
+}  // namespace
+
+Decimal::Decimal(const char* text) {
+  Access::read(*this, text);
+}
+
+void Access::read(Decimal& out, const char* text) {
+  return roomOnPage(text) < kReach ? readAtPageEnd(out, text) : readQuickly(out, text);
 }
 
 char* Decimal::decimalToString(char* buffer, std::uint32_t size, std::uint32_t places) const {
