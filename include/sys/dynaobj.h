@@ -233,6 +233,8 @@ class NOMUTIL_API DynamicObject {
   const PropertyDesc* _findPropertyDescriptor(const char* name) const;
   const PropertyDesc* _findPropertyDescriptor(std::uint32_t index) const;
   const PropertyDesc* _findPropertyDescriptor(const char* name, std::size_t length) const;
+  const PropertyDesc* _findShortName(const char* name) const;
+  const PropertyDesc* _findAnyName(const char* name) const;
   const nomutil::dynaobj::NameIndex* _makeNameIndex() const;
   void _dropNameIndex();
 
@@ -245,6 +247,8 @@ class NOMUTIL_API DynamicObject {
   int _getOtherValue(const PropertyDesc& property, DskParam* value, bool& isNull) const;
   int _getPropertyBytes(const PropertyDesc* property, std::uint32_t& length,
                         const unsigned char*& bytes) const;
+  int _getAnyPropertyBytes(const char* name, std::uint32_t& length,
+                           const unsigned char*& bytes) const;
   int _findSlot(const PropertyDesc& property, nomutil::dynaobj::Slot& slot) const;
   int _storeContent(const PropertyDesc& property, const nomutil::dynaobj::Content& content);
   int _storeFixed(const PropertyDesc& property, const void* bytes);

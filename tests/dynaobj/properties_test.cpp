@@ -1,10 +1,13 @@
 // Properties and objects: what is added and refused, with its log line; names at their limits;
 // what a failure leaves; identity and copies; the index of names.
 
+#include "dynaobj/nameindex.h"
 #include "objectmodel.h"
 
+#include <cstring>
 #include <string>
 #include <thread>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -154,6 +157,76 @@ TEST_F(DynamicObjectProperties, AreFoundWithAndWithoutAnIndex) {
                 object->getPropertyIndex((names[i] + "m").c_str(), index));
     }
     nosFailAllocation(0);
+  }
+  // Wherever the name lies, also right before the end of a page, what follows it does not count.
+  constexpr std::size_t kPage = 4096;
+  alignas(kPage) static char pages[2 * kPage];
+  std::memset(pages, 'm', sizeof pages);
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    for (std::size_t start = kPage - 40; start <= kPage; start += names[i].size() > 40 ? 40 : 1) {
+      char* const name = pages + start;
+      std::memcpy(name, names[i].c_str(), names[i].size() + 1);
+      std::uint32_t length = 0;
+      const unsigned char* bytes = nullptr;
+      ASSERT_EQ(object->getPropertyValue(name, length, bytes), 0) << names[i];
+      ASSERT_EQ(bytes, object->getValues().data() + i) << names[i];
+      name[names[i].size()] = 'm';
+    }
+  }
+}
+
+// Names that share an entry of the index, more than it takes there, and two pairs that share the
+// hash; found by trying, as somebody would who wants to make lookups slow or wrong.
+TEST_F(DynamicObjectProperties, AreFoundAmongNamesOfOneHash) {
+  std::vector<std::string> names;
+  std::unordered_map<std::uint32_t, std::string> hashes;
+  for (int i = 0, pairs = 0; i < 1'000'000 && (pairs < 2 || names.size() < 80); ++i) {
+    const std::string name = "name" + std::to_string(i);
+    const std::uint32_t hash =
+        nomutil::dynaobj::nameHash(name.c_str(), static_cast<std::uint32_t>(name.size()));
+    const auto [other, isNew] = hashes.emplace(hash, name);
+    if (!isNew && ++pairs <= 2) {
+      names.push_back(other->second);
+      names.push_back(name);
+    } else if (hash % 1024 == 5 && names.size() < 80) {
+      names.push_back(name);
+    }
+  }
+  ASSERT_GE(names.size(), 80u);
+  for (const std::string& name : names) ASSERT_EQ(object->addAttribute(name.c_str(), DSKBYTE), 0);
+  std::string image = imageOf(object->getPropertyDescriptions());
+  const auto expectFound = [&](std::size_t without) {
+    const Object copy = rebuilt(image, std::string(names.size(), '\0'), "");
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      std::uint32_t length = 0;
+      const unsigned char* bytes = nullptr;
+      ASSERT_EQ(copy->getPropertyValue(names[i].c_str(), length, bytes), i == without ? 1011 : 0);
+      ASSERT_EQ(bytes, i == without ? nullptr : copy->getValues().data() + i) << names[i];
+    }
+  };
+  expectFound(names.size());
+  image[3 * 120 + 100] = 'x';  // the name does not end
+  expectFound(3);
+}
+
+TEST(ShortName, CountsUpToItsEnd) {
+  for (std::uint32_t length = 0; length <= 31; ++length) {
+    alignas(64) char text[64];
+    char other[64];
+    std::memset(text, 'm', sizeof text);
+    std::memset(other, 'x', sizeof other);
+    std::memset(other, 'm', length);
+    text[length] = other[length] = '\0';
+    const nomutil::dynaobj::ShortName name(text);
+    ASSERT_EQ(name.isShort(), length <= 24);
+    if (!name.isShort()) continue;
+    EXPECT_EQ(name.length(), length);
+    EXPECT_TRUE(name.isSame(other));
+    for (std::uint32_t at = 0; at <= length; ++at) {
+      ++other[at];
+      EXPECT_FALSE(name.isSame(other)) << length << " " << at;
+      --other[at];
+    }
   }
 }
 

@@ -34,6 +34,12 @@ int refuseList(const char* operation, const DskParam* list) {
   return kInvalidParameterType;
 }
 
+[[gnu::noinline]] int refuseBytes(const PropertyDesc& property) {
+  nomLog("DynamicObject::getPropertyValue(%s) invalid attribute type %d", property.name,
+         property.format);
+  return kInvalidParameterType;
+}
+
 }  // namespace
 
 // ---- One value ----
@@ -64,24 +70,28 @@ int DynamicObject::setPropertyValue(std::uint32_t index, const DskParam* value) 
   return property == nullptr ? kPropertyNotDefined : _setPropertyValue(*property, value);
 }
 
-int DynamicObject::_getPropertyBytes(const PropertyDesc* property, std::uint32_t& length,
-                                     const unsigned char*& bytes) const {
+inline int DynamicObject::_getPropertyBytes(const PropertyDesc* property, std::uint32_t& length,
+                                            const unsigned char*& bytes) const {
   if (property == nullptr) return kPropertyNotDefined;
   Content content;
   const int status = _findContent(*property, content);
-  if (status == kInvalidParameterType) {
-    nomLog("DynamicObject::getPropertyValue(%s) invalid attribute type %d", property->name,
-           property->format);
-  }
+  if (status == kInvalidParameterType) return refuseBytes(*property);
   if (status != kNoError) return status;
   length = content.length;
   bytes = content.data;
   return kNoError;
 }
 
+[[gnu::noinline]] int DynamicObject::_getAnyPropertyBytes(const char* name, std::uint32_t& length,
+                                                          const unsigned char*& bytes) const {
+  return _getPropertyBytes(_findAnyName(name), length, bytes);
+}
+
 int DynamicObject::getPropertyValue(const char* name, std::uint32_t& length,
                                     const unsigned char*& bytes) const {
-  return _getPropertyBytes(_findPropertyDescriptor(name), length, bytes);
+  const PropertyDesc* const property = _findShortName(name);
+  return property != nullptr ? _getPropertyBytes(property, length, bytes)
+                             : _getAnyPropertyBytes(name, length, bytes);
 }
 int DynamicObject::getPropertyValue(std::uint32_t index, std::uint32_t& length,
                                     const unsigned char*& bytes) const {

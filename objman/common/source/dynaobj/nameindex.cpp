@@ -12,15 +12,15 @@
 namespace nomutil::dynaobj {
 
 // Half of the entries stay free, so that a search is short.
-NameIndex* NameIndex::create(std::uint32_t count) {
+NameIndex* NameIndex::create(std::uint32_t count, std::uint32_t stride) {
   constexpr std::uint32_t kLeastEntries = 16;
   const std::uint32_t entries = std::bit_ceil(std::max(kLeastEntries, count * 4));
   static_assert(sizeof(NameIndex) % alignof(Entry) == 0);
   void* const memory =
       XHeap::library().allocate(sizeof(NameIndex) + std::size_t{entries} * sizeof(Entry));
   if (memory == nullptr) return nullptr;
-  NameIndex* const index = new (memory) NameIndex(entries - 1);
-  std::fill_n(index->_entries(), entries, Entry{0, kNoPosition});
+  NameIndex* const index = new (memory) NameIndex(entries - 1, stride);
+  std::fill_n(index->_entries(), entries, Entry{0, kNoName});
   return index;
 }
 
@@ -30,14 +30,17 @@ void NameIndex::release(NameIndex* index) {
 
 bool NameIndex::append(std::uint32_t hash) {
   if (_count > _mask / 2) return false;
-  const std::uint32_t position = _count++;
+  ++_count;
+  // Less than 2^32, as the length of the image that holds the name.
+  const auto offset = static_cast<std::uint32_t>(_end);
+  _end += _stride;
   for (std::uint32_t i = 0; i < kMaximumDistance; ++i) {
     Entry& entry = _entries()[(hash + i) & _mask];
-    if (entry.position != kNoPosition) continue;
-    entry = {hash, position};
+    if (entry.offset != kNoName) continue;
+    entry = {hash, offset};
     return true;
   }
-  _firstLeftOut = std::min(_firstLeftOut, position);
+  _firstLeftOut = std::min(_firstLeftOut, offset);
   return true;
 }
 

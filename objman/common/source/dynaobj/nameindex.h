@@ -1,18 +1,19 @@
-// The index of property names: a table of the hashes of the names with their positions, searched
-// from the place that the hash names to the first free entry. It lies beside the images: the first
+// The index of property names: a table of the hashes of the names with their places, searched from
+// the entry that the hash names to the first free one. It lies beside the images: the first
 // search that is worth it builds it, additions enter it, and it is dropped when the descriptions
-// are replaced. Images from outside cannot make it slow: an entry that would lie too far from its
-// place is left out, and positions from the first of these on are searched name by name, as all
-// are in an object that has no index for want of memory. The result is the same.
+// are replaced. Images from outside cannot make it slow: a name that would lie too far from its
+// entry is left out, and the names from the first of these on are searched one by one, as all are
+// in an object that has no index for want of memory. The result is the same.
 #ifndef NOMUTIL_DYNAOBJ_NAMEINDEX_H
 #define NOMUTIL_DYNAOBJ_NAMEINDEX_H
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
 namespace nomutil::dynaobj {
 
-inline constexpr std::uint32_t kNoPosition = 0xFFFFFFFF;
+inline constexpr std::uint32_t kNoName = 0xFFFFFFFF;
 
 template <class T>
 T loadFrom(const void* bytes) {
@@ -49,7 +50,7 @@ inline void forWords(std::uint32_t length, UseOffset use) {
 inline std::uint32_t nameHash(const char* name, std::uint32_t length) {
   constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;
   std::uint64_t sum = length;
-  if (length < 8) {
+  if (length < 8) [[unlikely]] {
     sum += shortWord(name, length) * kFactor;
   } else {
     std::uint64_t factor = kFactor;
@@ -71,43 +72,115 @@ inline bool isSameText(const char* left, const char* right, std::uint32_t length
   return different == 0;
 }
 
+// A name of up to 24 characters, of which 32 bytes are loaded at once. What lies behind its end is
+// hidden from compilers and sanitizers.
+class ShortName {
+ public:
+  static constexpr std::uint32_t kRoom = 32;
+  static constexpr std::uint32_t kMaximum = 24;
+
+  // Whether no page ends in the bytes that are loaded.
+  static bool mayLoad(const char* name) {
+    constexpr std::uintptr_t kPageSize = 4096;  // the smallest
+    return reinterpret_cast<std::uintptr_t>(name) % kPageSize <= kPageSize - kRoom;
+  }
+
+  // REQUIRES: mayLoad(name).
+  explicit ShortName(const char* name) : _bytes(name) { _ends = _bytes.equal(Bytes()); }
+
+  // Without this the name is longer, and has no length here.
+  bool isShort() const { return (_ends & ((2u << kMaximum) - 1)) != 0; }
+  std::uint32_t length() const { return static_cast<std::uint32_t>(std::countr_zero(_ends)); }
+
+  // REQUIRES: kRoom bytes of the text may be read.
+  bool isSame(const char* text) const {
+    const std::uint32_t charactersAndEnd = _ends ^ (_ends - 1);
+    return (~_bytes.equal(Bytes(text)) & charactersAndEnd) == 0;
+  }
+
+ private:
+  class Bytes {
+   public:
+    Bytes() = default;
+    explicit Bytes(const char* text) : _low(load(text)), _high(load(text + sizeof _low)) {}
+
+    // A bit for each byte.
+    std::uint32_t equal(const Bytes& other) const {
+      return bits(_low == other._low) | bits(_high == other._high) << 16;
+    }
+
+   private:
+    using Vector = char __attribute__((vector_size(16)));
+    static Vector load(const char* text) {
+      Vector vector;
+      __asm__("movdqu %[text], %[vector]"
+              : [vector] "=x"(vector)
+              : [text] "m"(*reinterpret_cast<const char(*)[sizeof vector]>(text)));
+      return vector;
+    }
+    template <class Mask>
+    static std::uint32_t bits(Mask mask) {
+      return static_cast<std::uint32_t>(__builtin_ia32_pmovmskb128(reinterpret_cast<Vector>(mask)));
+    }
+
+    Vector _low = {};
+    Vector _high = {};
+  };
+
+  Bytes _bytes;
+  std::uint32_t _ends;  // a bit for each NUL
+};
+
 class NameIndex {
  public:
-  // With free entries for count properties and as many more; null without memory.
-  static NameIndex* create(std::uint32_t count);
+  // With free entries for count names and as many more, the first at offset 0 and each `stride`
+  // bytes behind the one before; null without memory.
+  static NameIndex* create(std::uint32_t count, std::uint32_t stride);
   static void release(NameIndex* index);
 
-  // Enters the name of the next position. False, and nothing is entered, when the table is full.
+  // Enters the next name. False, and nothing is entered, when the table is full.
   bool append(std::uint32_t hash);
 
-  // The first position that has the hash and that isMatch accepts.
+  // The offset of the first name that has the hash and that isMatch accepts.
   template <class IsMatch>
   std::uint32_t find(std::uint32_t hash, IsMatch isMatch) const {
+    const std::uint32_t offset = findEntered(hash, isMatch);
+    if (offset != kNoName) return offset;
+    for (std::uint64_t at = _firstLeftOut; at < _end; at += _stride) {
+      if (isMatch(static_cast<std::uint32_t>(at))) return static_cast<std::uint32_t>(at);
+    }
+    return kNoName;
+  }
+
+  // The same among the names that are not left out.
+  template <class IsMatch>
+  std::uint32_t findEntered(std::uint32_t hash, IsMatch isMatch) const {
     for (std::uint32_t i = 0; i < kMaximumDistance; ++i) {
       const Entry entry = _entries()[(hash + i) & _mask];
-      if (entry.position == kNoPosition) break;
-      if (entry.hash == hash && isMatch(entry.position)) return entry.position;
+      if (entry.hash == hash && entry.offset != kNoName && isMatch(entry.offset)) [[likely]] {
+        return entry.offset;
+      }
+      if (entry.offset == kNoName) break;
     }
-    for (std::uint32_t position = _firstLeftOut; position < _count; ++position) {
-      if (isMatch(position)) return position;
-    }
-    return kNoPosition;
+    return kNoName;
   }
 
  private:
   struct Entry {
     std::uint32_t hash;
-    std::uint32_t position;
+    std::uint32_t offset;
   };
   static constexpr std::uint32_t kMaximumDistance = 64;
 
-  explicit NameIndex(std::uint32_t mask) : _mask(mask) {}
+  NameIndex(std::uint32_t mask, std::uint32_t stride) : _mask(mask), _stride(stride) {}
   Entry* _entries() { return reinterpret_cast<Entry*>(this + 1); }
   const Entry* _entries() const { return reinterpret_cast<const Entry*>(this + 1); }
 
   std::uint32_t _mask;  // the number of entries, a power of two, less 1
+  std::uint32_t _stride;
   std::uint32_t _count = 0;
-  std::uint32_t _firstLeftOut = kNoPosition;
+  std::uint32_t _firstLeftOut = kNoName;
+  std::uint64_t _end = 0;  // behind the last name
 };
 
 }  // namespace nomutil::dynaobj

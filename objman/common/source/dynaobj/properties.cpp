@@ -103,7 +103,7 @@ void DynamicObject::_dropNameIndex() {
 const NameIndex* DynamicObject::_makeNameIndex() const {
   const std::uint32_t count = getPropertyCount();
   if (count < kIndexedCount) return nullptr;
-  NameIndex* const built = NameIndex::create(count);
+  NameIndex* const built = NameIndex::create(count, _descSize);
   if (built == nullptr) return nullptr;
   const unsigned char* description = _descriptions.data();
   for (std::uint32_t i = 0; i < count; ++i, description += _descSize) {
