@@ -10,37 +10,10 @@
 #include "sys/messages.h"
 
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 // For the sources of this family alone, which say the same.
 using namespace nomutil::dynaobj;
-
-// The first property of the name. A description whose name does not end is none.
-inline const PropertyDesc* DynamicObject::_findPropertyDescriptor(const char* name,
-                                                                  std::size_t length) const {
-  if (length > kMaximumNameLength) return nullptr;
-  const auto* const descriptions = reinterpret_cast<const char*>(_descriptions.data());
-  const auto bytes = static_cast<std::uint32_t>(length);
-  const auto isMatch = [=](std::uint32_t offset) {
-    const char* const held = descriptions + offset;
-    return held[bytes] == '\0' && held[kMaximumNameLength] == '\0' && isSameText(held, name, bytes);
-  };
-  const NameIndex* index = _index.load(std::memory_order_acquire);
-  if (index == nullptr) index = _makeNameIndex();
-  std::uint32_t offset = kNoName;
-  if (index != nullptr) {
-    offset = index->find(nameHash(name, bytes), isMatch);
-  } else {
-    const std::uint32_t count = getPropertyCount();
-    for (std::uint32_t i = 0; i < count && offset == kNoName; ++i) {
-      if (isMatch(i * _descSize)) offset = i * _descSize;
-    }
-  }
-  if (offset == kNoName) return nullptr;
-  return reinterpret_cast<const PropertyDesc*>(descriptions + offset);
-}
 
 // Most properties that are there, at once; null for all others. Calls nothing, so that who calls
 // this has little to keep.
@@ -59,16 +32,6 @@ inline const PropertyDesc* DynamicObject::_findShortName(const char* name) const
   const std::uint32_t offset = index->findEntered(nameHash(name, length), isMatch);
   if (offset == kNoName) return nullptr;
   return reinterpret_cast<const PropertyDesc*>(descriptions + offset);
-}
-
-[[gnu::noinline]] inline const PropertyDesc* DynamicObject::_findAnyName(const char* name) const {
-  return name == nullptr ? nullptr : _findPropertyDescriptor(name, std::strlen(name));
-}
-
-[[gnu::noinline]] inline const PropertyDesc* DynamicObject::_findPropertyDescriptor(
-    const char* name) const {
-  const PropertyDesc* const property = _findShortName(name);
-  return property != nullptr ? property : _findAnyName(name);
 }
 
 // A description whose name does not end is none.
