@@ -30,7 +30,8 @@ struct Access;
 //   1      1    scaleFactor  decimal places, 0 to 23
 //   2      10   value        limbs, most significant first, each low byte first, two's complement
 //   12     2    reserved     written as 0
-//   14     2    padding      neither read nor written by any conversion
+//   14     2    padding      not written; read only as a limb of a precision from 14 to 21, which
+//                            no conversion writes
 struct DskDecimal {
   std::uint8_t precision;
   std::uint8_t scaleFactor;
@@ -215,7 +216,8 @@ class NOMUTIL_API Decimal {
   // bytes. A fraction that is too long for the buffer is cut; an integer part that is, fills it
   // with '*'. Returns buffer. The sign is that of the value before rounding: -0.004 with 2 places
   // is "-0.00". A size of 0 writes nothing. Bytes behind the NUL, within the size, may be written.
-  // A text of more than 103 characters, and more than 101 places, give '*' in any buffer.
+  // A text of more than 103 characters, more than 101 places, and a value that 21 limbs do not hold
+  // with so many places (7 with 100), give '*' in any buffer.
   char* decimalToString(char* buffer, std::uint32_t size, std::uint32_t places) const;
 
  private:

@@ -133,7 +133,7 @@ inline void subtractWords(std::uint64_t& high, std::uint64_t& low, std::uint64_t
   __asm__(
       "subq %[byLow], %[low]\n\t"
       "sbbq %[byHigh], %[high]"
-      : [high] "+r"(high), [low] "+r"(low)
+      : [high] "+r"(high), [low] "+&r"(low)
       : [byHigh] "r"(byHigh), [byLow] "r"(byLow)
       : "cc");
 }

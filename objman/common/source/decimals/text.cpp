@@ -380,10 +380,10 @@ constexpr std::uintptr_t kReach = 33;       // bytes from the start of the text 
 // behind the text's end, hidden from compilers and sanitizers. REQUIRES: no page ends in between.
 std::uint64_t loadEight(const char* text) {
   std::uint64_t characters;
-  __asm__("movq (%[text]), %[characters]"
-          : [characters] "=r"(characters)
-          : [text] "r"(text)
-          : "memory");
+  __asm__ volatile("movq (%[text]), %[characters]"
+                   : [characters] "=r"(characters)
+                   : [text] "r"(text)
+                   : "memory");
   return characters ^ 0x3030303030303030u;
 }
 
@@ -528,8 +528,8 @@ char* Decimal::decimalToString(char* buffer, std::uint32_t size, std::uint32_t p
   if (std::uint64_t{places} + 1 > size || places > kMaxTextPlaces) {
     return fillWithStars(buffer, size);
   }
-  // A value that cannot be raised would have a text of more than 101 digits, too long for the work
-  // area with its point. The absolute value of -2^335 is reported and stays negative.
+  // Nor is there a text for a value that 21 limbs do not hold with so many places, though the work
+  // area would: 7 with 100. The absolute value of -2^335 is reported and stays negative.
   Decimal value = absolute(rendered);
   if (!value.scale(static_cast<int>(places) - value._scaleFactor) || value.isneg()) {
     return fillWithStars(buffer, size);

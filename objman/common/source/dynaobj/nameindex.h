@@ -113,9 +113,9 @@ class ShortName {
     using Vector = char __attribute__((vector_size(16)));
     static Vector load(const char* text) {
       Vector vector;
-      __asm__("movdqu %[text], %[vector]"
-              : [vector] "=x"(vector)
-              : [text] "m"(*reinterpret_cast<const char(*)[sizeof vector]>(text)));
+      __asm__ volatile("movdqu %[text], %[vector]"
+                       : [vector] "=x"(vector)
+                       : [text] "m"(*reinterpret_cast<const char(*)[sizeof vector]>(text)));
       return vector;
     }
     template <class Mask>
