@@ -164,4 +164,49 @@ TEST(Calendar, OutgrowsItsIndex) {
   EXPECT_EQ(index->fenceCount(), 0u);
 }
 
+// A memo that is scheduled and cancelled again and again at one place walks far once: its fence
+// stays near the place. And so with entries before each other, between memos that came in order.
+TEST(Calendar, WalksFarOnce) {
+  const OnlyThread only;
+  constexpr std::uint64_t kCount = 50'000;
+  struct Row {
+    const char* name;
+    std::uint64_t (*fill)(std::uint64_t i);
+    std::uint64_t (*due)(std::uint64_t round);
+    bool stays;
+  };
+  const Row rows[] = {
+      {"ascending", [](auto i) { return 10 * i; }, [](auto) { return 5 * kCount + 5; }, false},
+      {"descending", [](auto i) { return 10 * (kCount - i); }, [](auto) { return 5 * kCount + 5; },
+       false},
+      {"one time", [](auto i) { return i != kCount / 2 ? 1000 : std::uint64_t{2000}; },
+       [](auto) { return std::uint64_t{1000}; }, false},
+      {"latest first", [](auto i) { return 10 * i; },
+       [](auto round) { return 10 * (kCount - 1 - 25 * round) - 5; }, true}};
+  for (const Row& row : rows) {
+    const auto index = std::make_unique<CalendarIndex>();
+    Memo end = BoxesAccess::make(MU_CalendarEnd, 0, 0);
+    BoxManager::Calendar calendar;
+    calendar.begin(&end);
+    std::deque<Memo> memos;
+    const auto make = [&] { return &memos.emplace_back(BoxesAccess::make(MU_Memo, 0, 0)); };
+    for (std::uint64_t i = 0; i < kCount; ++i) calendar.enter(make(), row.fill(i), index.get());
+    for (std::uint64_t round = 0; round < 20; ++round) {
+      Memo* const memo = make();
+      calendar.enter(memo, row.due(round), index.get());
+      if (row.stays) continue;
+      calendar.remove(memo, index.get());
+    }
+    Memo* const memo = make();
+    calendar.enter(memo, row.due(20), nullptr);
+    int steps = 0;
+    for (const Memo* at = memo; at != nullptr && !BoxesAccess::isIndexed(*at); ++steps) {
+      at = BoxesAccess::link(*at).prev;
+    }
+    EXPECT_LE(steps, 150) << row.name;
+    while (calendar.count() != 0) calendar.remove(calendar.head(), index.get());
+    EXPECT_EQ(index->fenceCount(), 0u) << row.name;
+  }
+}
+
 }  // namespace

@@ -23,24 +23,24 @@ Memo* CalendarIndex::before(Memo* entering, Memo* first, std::uint32_t count) {
   // The walk ends before the next fence, whose time is known without reading its memo.
   Memo* const last = isFence ? _next(place).memo : nullptr;
   __builtin_prefetch(last, 1);  // most likely the memo behind the place
+  Memo* middle = memo;
   std::uint32_t steps = 0;
   for (Memo* next = memo->_linkA.next; next != last && next->_time <= due;
        next = memo->_linkA.next) {
     memo = next;
-    ++steps;
+    if (steps++ % 2 != 0) middle = middle->_linkA.next;
   }
-  if (steps < kLongWalk && count < kMany) return memo;
-  if (isFence && due == _at(place).time) {
-    // Many memos of one time need one fence, the last.
-    _at(place).memo->_indexed = false;
-    _set(place, entering);
-  } else {
-    if (isFence) ++place.column;
-    if (_isFull(place.row) && steps >= kTooLongWalk) {
-      _thin();
-      place = _behind(due);
+  if (steps >= kTooLongWalk) {
+    // The middle serves walks to places before this one.
+    _keep(middle);
+    _keep(entering);
+  } else if (steps >= kLongWalk || count >= kMany) {
+    if (isFence && due == _at(place).time) {
+      _replace(place, entering);
+    } else {
+      if (isFence) ++place.column;
+      _insert(place, entering);
     }
-    _insert(place, entering);
   }
   return memo;
 }
@@ -49,7 +49,11 @@ void CalendarIndex::remove(Memo* memo) {
   if (!memo->_indexed) return;
   memo->_indexed = false;
   const Place place = _find(memo->_time);
-  // The next memo takes over, unless it is a fence, shares the time of one, or is the end marker.
+  // A neighbour takes over, so that no walk begins farther away, unless it is a fence, shares the
+  // time of one, or is the end marker: the one before, which serves this place, or the next one.
+  Memo* const prev = memo->_linkA.prev;
+  const Fence preceding = _previous(place);
+  if (prev != preceding.memo && prev->_time > preceding.time) return _set(place, prev);
   Memo* const next = memo->_linkA.next;
   const Fence following = _next(place);
   if (next != following.memo && next->_linkA.next != nullptr && next->_time < following.time) {
@@ -91,6 +95,32 @@ CalendarIndex::Fence CalendarIndex::_next(Place place) const {
   if (place.column + 1 < _count[place.row]) return _leaf(place.row).fences[place.column + 1];
   if (place.row + 1 == _rows) return {~std::uint64_t{0}, nullptr};
   return _leaf(place.row + 1).fences[0];
+}
+
+// The fence before a place; before the first one, no memo and the earliest time.
+CalendarIndex::Fence CalendarIndex::_previous(Place place) const {
+  if (place.column != 0) return _leaf(place.row).fences[place.column - 1];
+  if (place.row == 0) return {0, nullptr};
+  return _leaf(place.row - 1).fences[_count[place.row - 1] - 1];
+}
+
+// Of many memos of one time, one is a fence: the last that entered by a walk.
+void CalendarIndex::_replace(Place place, Memo* memo) {
+  _at(place).memo->_indexed = false;
+  _set(place, memo);
+}
+
+// Makes a memo a fence, for which fences elsewhere make room when there is none.
+void CalendarIndex::_keep(Memo* memo) {
+  Place place = _rows != 0 ? _behind(memo->_time) : Place{};
+  if (place.column != 0 && _at({place.row, place.column - 1}).time == memo->_time) {
+    return _replace({place.row, place.column - 1}, memo);
+  }
+  if (_isFull(place.row)) {
+    _thin();
+    place = _behind(memo->_time);
+  }
+  _insert(place, memo);
 }
 
 void CalendarIndex::_set(Place place, Memo* memo) {

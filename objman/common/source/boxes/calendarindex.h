@@ -2,10 +2,11 @@
 // memos, in the calendar's order, with times that strictly ascend, so that a walk may begin at the
 // last fence that is due no later. A walk that turns out long makes the entering memo a fence,
 // wherever the times lie; nothing is ever rebuilt. In a calendar whose memos outgrow the caches
-// every step of a walk waits for the memory, so that there every memo becomes a fence.
+// every step of a walk waits for the memory, so that there every memo that enters by a walk becomes
+// a fence; those that enter at the end do not. A fence that leaves hands its office to a neighbour.
 //
-// Its size is fixed: when it is full, walks grow, up to the length at which fences elsewhere make
-// room.
+// Its size is fixed. When it is full, short walks leave nothing behind, and for a walk that turns
+// out too long fences elsewhere make room.
 //
 // Fences lie in leaves of at most 32, at most 4,096 leaves, found by their first times: a B+-tree
 // of two levels.
@@ -34,7 +35,7 @@ class CalendarIndex {
 
   static constexpr std::uint32_t kLongWalk = 3;       // steps that are worth a fence
   static constexpr std::uint32_t kMany = 32'768;      // memos, each of which is worth a fence
-  static constexpr std::uint32_t kTooLongWalk = 100;  // steps that are worth fences elsewhere
+  static constexpr std::uint32_t kTooLongWalk = 100;  // steps that are worth two, and room for them
 
  private:
   static constexpr std::uint32_t kLeafRoom = 32;
@@ -59,6 +60,9 @@ class CalendarIndex {
   Place _find(std::uint64_t time) const;
   Place _behind(std::uint64_t time) const;
   Fence _next(Place place) const;
+  Fence _previous(Place place) const;
+  void _keep(Memo* memo) NOMOS_REQUIRES(changeLock);
+  void _replace(Place place, Memo* memo) NOMOS_REQUIRES(changeLock);
   void _insert(Place place, Memo* memo) NOMOS_REQUIRES(changeLock);
   void _erase(Place place);
   void _set(Place place, Memo* memo) NOMOS_REQUIRES(changeLock);
