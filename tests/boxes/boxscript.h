@@ -1,16 +1,23 @@
 // A notation for operations on boxes, for tables of tests, and a clock that stands still in
 // between.
-//   a! a!5     dispatch, 5 times          a=7 a=7s   update to priority 7; to be received
-//   separately a=7! a=7s! update and dispatch        a=7!5      update and dispatch 5 times a~50 a-
-//   schedule in 50 ms; cancel  t>50 t>50p3 t.   start for 50 ms; with priority 3; stop a? # say the
-//   state, "box:5"; the signals of the box, "#5" <          receive: "a7/2" is memo a of priority 7
-//   with 2 signals left, "-" is nothing +50 ^50    let 50 ms pass; all at once, as when the machine
-//   stalls
+//
+//   a! a!5        dispatch, 5 times
+//   a=7 a=7s      update to priority 7; to be received separately
+//   a=7! a=7s!    update and dispatch
+//   a=7!5         update and dispatch 5 times
+//   a~50 a-       schedule in 50 ms; cancel
+//   t>50 t>50p3   start for 50 ms; with priority 3
+//   t.            stop
+//   a? #          say the state, "box:5"; the signals of the box, "#5"
+//   <             receive: "a7/2" is memo a of priority 7 with 2 signals left, "-" is nothing
+//   +50 ^50       let 50 ms pass; all at once, as when the machine stalls
+//
 // a to d are memos and t to w timers of a box, p to s memos of a box over a port, with 1 byte:
-//   p; p* <<   dispatch if scheduled; mark as received; receive: "p1" is memo p with 1 byte
-//   p^50:7     reschedule in 50 ms with 7 bytes, which says "done" or "not"
-//   px py      deallocate; if scheduled or idle, which says where it was and whether it was "kept"
-//   pn pq      allocate; let p be the memo q as well
+//
+//   p; p* <<      dispatch if scheduled; mark as received; receive: "p1" is memo p with 1 byte
+//   p^50:7        reschedule in 50 ms with 7 bytes, which says "done" or "not"
+//   px py         deallocate; if scheduled or idle, which says where it was and whether it "kept"
+//   pn pq         allocate; let p be the memo q as well
 #ifndef NOMUTIL_TESTS_BOXSCRIPT_H
 #define NOMUTIL_TESTS_BOXSCRIPT_H
 

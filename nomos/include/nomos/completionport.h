@@ -11,8 +11,8 @@
 #include <cstdint>
 #include <utility>
 
-// The handle of a port; null is none. A handle that is not, or no longer, that of a port makes each
-// operation fail with last error 6.
+// The handle of a port; null is none. A handle that is not, or no longer, that of a port makes
+// posting and waiting fail with last error 6.
 using NosCompletionPort = void*;
 
 inline constexpr unsigned kNosErrorInvalidHandle = 6;
@@ -25,7 +25,7 @@ inline constexpr unsigned kNosErrorAbandonedWait = 735;
 NOMOS_API NosCompletionPort nosCreateCompletionPort() noexcept;
 
 // Ends a port. Threads that wait on it fail with last error 735; packets in it are dropped. False,
-// with last error 6, when it is none.
+// with last error 6, when it is none; but Windows ends any open handle, so hand it no other.
 NOMOS_API bool nosCloseCompletionPort(NosCompletionPort port) noexcept;
 
 // Puts a packet into the port. False, with the last error set (6, or 8 when memory is exhausted),

@@ -1,29 +1,45 @@
-// Event among fibers: the state is 1 while it is signalled. A set wakes all that wait; of those
-// that wait for an auto-reset event the first to run on takes the signal.
+// Event among fibers: the low half of the state is that of the real one (common/event.cpp), which
+// says who passes; the high half counts who waits. A set wakes all that wait, and the first to run
+// on takes the signal of an auto-reset event.
 
 #include "nomos/event.h"
 
 #include "platform.h"
 #include "simulated/scheduler.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 using nomos::simulated::Simulation;
 namespace platform = nomos::platform;
 
+namespace {
+
+constexpr std::uint64_t kWaiter = std::uint64_t{1} << 32;
+
+}  // namespace
+
 bool Event::_tryTake() noexcept {
-  if (_state == 0) return false;
-  if (!_manualReset) _state = 0;
-  return true;
+  const auto word = static_cast<std::uint32_t>(_state);
+  if (_manualReset) return (word & 1) != 0;
+  if (word != 0) --_state;
+  return word != 0;
 }
 
 bool Event::_waitUntilNanos(std::int64_t deadline) noexcept {
   Simulation* const simulation = Simulation::running();
   if (simulation == nullptr) std::abort();  // nobody could end the wait
-  while (!_tryTake()) {
-    if (!simulation->block(this, deadline)) return _tryTake();
+  const std::uint32_t closed = _manualReset ? static_cast<std::uint32_t>(_state) & ~1U : 0;
+  _state += kWaiter;
+  bool inTime = true;
+  while (static_cast<std::uint32_t>(_state) == closed && inTime) {
+    inTime = simulation->block(this, deadline);
   }
-  return true;
+  // A signal that came with the end of the time counts.
+  const bool signalled = static_cast<std::uint32_t>(_state) != closed;
+  _state -= kWaiter + (signalled && !_manualReset ? 1 : 0);
+  return signalled;
 }
 
 bool Event::wait(std::uint32_t milliseconds) noexcept {
@@ -42,7 +58,12 @@ bool Event::waitUntil(std::int64_t relativeTime) noexcept {
 
 bool Event::signal() noexcept {
   if (Simulation* const simulation = Simulation::running()) simulation->extraStep("sets");
-  _state = 1;
+  const auto word = static_cast<std::uint32_t>(_state);
+  if (_manualReset) {
+    if ((word & 1) == 0) _state += 3;
+  } else if (word <= _state / kWaiter) {
+    ++_state;
+  }
   return true;
 }
 
@@ -55,5 +76,11 @@ void Event::set() noexcept {
 }
 
 void Event::reset() noexcept {
-  _state = 0;
+  if (_manualReset) {
+    _state &= ~std::uint64_t{1};
+  } else {
+    // What waiting threads have been given stays theirs.
+    const std::uint64_t waiters = _state / kWaiter;
+    _state = waiters * kWaiter + std::min<std::uint64_t>(_state % kWaiter, waiters);
+  }
 }
