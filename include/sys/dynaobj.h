@@ -197,8 +197,9 @@ class NOMUTIL_API DynamicObject {
   int setValues(const void* bytes, std::uint32_t length);
   int setLongValues(const void* bytes, std::uint32_t length);
 
-  // Empty all images, or those of the values alone, without which no value is read or set (1002).
-  // The revision stays.
+  // Empty all images, or those of the values alone, without which no value is read or set (1002);
+  // a property that is added then gets the first slot, which an old one may have as well. The
+  // revision stays.
   void clear();
   void clearValues();
 

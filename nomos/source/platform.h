@@ -21,6 +21,9 @@ namespace nomos::platform {
 void* allocate(std::size_t byteCount) noexcept;
 void release(void* block) noexcept;
 
+// A page of 4,096 bytes, all 0, before one that may not be read; null when there is no memory.
+char* guardedPage() noexcept;
+
 // format.cpp: vsnprintf of C99, with ll as the 64-bit length modifier. Returns the length that the
 // whole text has, or a negative number.
 int formatBounded(char* buffer, std::size_t size, const char* format, std::va_list arguments);

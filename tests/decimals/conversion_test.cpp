@@ -1,5 +1,6 @@
 // Conversions of decimals: the stored form, reals, integers, OLE parts, 112-bit numbers, text.
 #include "decimalshow.h"
+#include "nomos/testhooks.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -208,10 +209,22 @@ TEST(DecimalToString, FitsEverySizeFromNothing) {
       12345.12 2 (nothing)|*|**|***|****|*****|12345.|12345.1|12345.12)");
 }
 
+TEST(DecimalToString, WritesNothingBehindTheBuffer) {
+  const std::string text = "-259614842926741381426524816.4610047";  // 7 limbs hold no more
+  const Decimal value = dec(text);
+  for (std::uint32_t size = 1; size <= 60; ++size) {
+    std::string area(80, 'Z');
+    value.decimalToString(area.data(), size, 7);
+    EXPECT_EQ(area.substr(size), std::string(80 - size, 'Z')) << size;
+    EXPECT_EQ(area.compare(0, text.size() + 1, text + '\0') == 0, size > text.size()) << size;
+  }
+}
+
 TEST(DecimalFromString, ReadsAsFarAsTheNumberGoes) {
   EXPECT_EQ(showAll({"", "  -0.50", " \t\n\v\f\r12", "\01012", "\01612", "12\262", "- 5", "1 2",
-                     "00000000 9", "-12345678901234567890 1"}),
-            "0 -0.50 12 0 0 12 0 1 0 -12345678901234567890");
+                     "00000000 9", "-12345678901234567890 1", "12\3515", "1\302\240234",
+                     "\342\202\2545"}),
+            "0 -0.50 12 0 0 12 0 1 0 -12345678901234567890 12 1 0");
 
   // Of the hundred digits that are read, leading zeros count, but a single one before the point.
   // More integer digits saturate, other characters behind them do not; the fraction is cut.
@@ -223,20 +236,27 @@ TEST(DecimalFromString, ReadsAsFarAsTheNumberGoes) {
       .9{101} 0.9{100}   0.9{101} 0.9{100}   00.9{100} 0.9{98}   -1.9{100} -1.9{99})");
 }
 
-// Wherever the text lies, also right before the end of a page, what follows it does not count.
+// Wherever the text lies, what follows it does not count, and right before the end of a page it is
+// not even read.
 TEST(DecimalFromString, EndsAtTheNulWhateverFollows) {
   constexpr std::size_t kPage = 4096;
   alignas(kPage) static char pages[2 * kPage];
+  char* const guarded = nosGuardedPage();
+  ASSERT_NE(guarded, nullptr);
   for (const std::string text :
        {"7", "-12.5", "1234567", "12345678", "-123456789012345.6789", "123456789012345.1234567",
         "1234567890123456.4", "-12345678901234567890123.1234567", "1.12345678",
         "0.1234567890123456", "123456789012345678901234.5", "-12345678901234567890123"}) {
     for (std::size_t start = kPage - 64; start <= kPage; ++start) {
-      for (const char filling : {'9', '.', '\xB0'}) {
+      for (const char filling : {'9', '.', '\xB0', '\xBA', '\xFF'}) {
         std::memset(pages, filling, sizeof pages);
         std::memcpy(pages + start, text.c_str(), text.size() + 1);
         ASSERT_EQ(show(Decimal(pages + start)), text) << start;
       }
+      if (start + text.size() >= kPage) continue;
+      std::memset(guarded, '9', kPage);
+      std::memcpy(guarded + start, text.c_str(), text.size() + 1);
+      ASSERT_EQ(show(Decimal(guarded + start)), text) << start;
     }
   }
 }

@@ -296,6 +296,9 @@ void checkOperators(const Decimal& left, const Decimal& right) {
 
 TEST(DecimalOracle, OperatorsAgreeWithSchoolbookIntegers) {
   repeat(6000, &Source::normal, checkOperators);
+  // A quotient of 128 bits by a divisor of two words, which alignment alone makes possible.
+  checkRealDivide(nomtest::dec("31385508676933403820880358951"),
+                  nomtest::dec("18446744073709.551617"));
   repeat(6000, &Source::anyForm, checkOperators);
 }
 

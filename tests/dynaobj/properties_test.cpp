@@ -5,6 +5,7 @@
 #include "objectmodel.h"
 
 #include <cstring>
+#include <set>
 #include <string>
 #include <thread>
 #include <unordered_map>
@@ -158,20 +159,38 @@ TEST_F(DynamicObjectProperties, AreFoundWithAndWithoutAnIndex) {
     }
     nosFailAllocation(0);
   }
-  // Wherever the name lies, also right before the end of a page, what follows it does not count.
+  // Wherever the name lies, what follows it does not count, and right before the end of a page it
+  // is not even read.
   constexpr std::size_t kPage = 4096;
-  alignas(kPage) static char pages[2 * kPage];
-  std::memset(pages, 'm', sizeof pages);
+  char* const page = nosGuardedPage();
+  ASSERT_NE(page, nullptr);
+  std::memset(page, 'm', kPage);
   for (std::size_t i = 0; i < names.size(); ++i) {
-    for (std::size_t start = kPage - 40; start <= kPage; start += names[i].size() > 40 ? 40 : 1) {
-      char* const name = pages + start;
-      std::memcpy(name, names[i].c_str(), names[i].size() + 1);
+    const std::size_t size = names[i].size() + 1;
+    for (std::size_t behind = 0; behind<40; behind += size> 40 ? 40 : 1) {
+      char* const name = page + kPage - behind - size;
+      std::memcpy(name, names[i].c_str(), size);
       std::uint32_t length = 0;
       const unsigned char* bytes = nullptr;
       ASSERT_EQ(object->getPropertyValue(name, length, bytes), 0) << names[i];
       ASSERT_EQ(bytes, object->getValues().data() + i) << names[i];
-      name[names[i].size()] = 'm';
+      name[size - 1] = 'm';
     }
+  }
+}
+
+// Names that differ in a place of each of three words, of 24 and of 40 characters.
+TEST(NameHash, TellsNamesOfOnePatternApart) {
+  for (const std::size_t size : {24u, 40u}) {
+    std::set<std::uint32_t> hashes;
+    std::string name(size, '_');
+    for (int i = 0; i < 26 * 26 * 26; ++i) {
+      name[0] = static_cast<char>('a' + i % 26);
+      name[8] = static_cast<char>('a' + i / 26 % 26);
+      name[16] = static_cast<char>('a' + i / 26 / 26);
+      hashes.insert(nomutil::dynaobj::nameHash(name.c_str(), static_cast<std::uint32_t>(size)));
+    }
+    EXPECT_GE(hashes.size(), 17'500u) << size;
   }
 }
 

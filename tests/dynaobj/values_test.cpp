@@ -224,6 +224,36 @@ TEST_F(DynamicObjectValues, TravelAsAList) {
 
 // Each takes what the other had: both texts lie in the image that is replaced, in the object or on
 // the heap.
+// Each allocation that a reading makes fails once.
+TEST_F(DynamicObjectValues, AreReadWholeOrNotAtAllWithoutMemory) {
+  const std::string text = "longer than an object holds";
+  for (const unsigned format : {1u, 11u, 51u}) {
+    ASSERT_EQ(add(std::to_string(format).c_str(), format, Param(format, text)), 0);
+  }
+  for (const unsigned format : {1u, 11u, 51u}) {
+    for (std::uint64_t n = 1;; ++n) {
+      ShortDskParam any;
+      paramCreateKoraAny(any, 0);
+      nosFailAllocation(n);
+      bool isNull = false;
+      const int status = object->getPropertyValue(std::to_string(format).c_str(), any, isNull);
+      nosFailAllocation(0);
+      paramDeleteKoraAny(any);
+      EXPECT_EQ(status, n <= 2 ? 1448 : 0) << format << " " << n;
+      if (status == 0 || n > 5) break;
+    }
+  }
+  for (std::uint64_t n = 1; n <= 7; ++n) {
+    ShortDskParam list, array[3];
+    nosFailAllocation(n);
+    const int status = object->copyToDskParamList(list, array, 3);
+    nosFailAllocation(0);
+    EXPECT_EQ(status, n <= 6 ? 1448 : 0) << n;
+    if (status != 0) continue;
+    for (ShortDskParam& entry : array) paramDeleteKoraAny(entry);
+  }
+}
+
 TEST_F(DynamicObjectValues, ComeFromEntriesThatLookAtTheObject) {
   for (const std::size_t length : {4u, 900u}) {
     object->clear();

@@ -29,6 +29,10 @@ NOMOS_API void nosFailAllocation(std::uint64_t n);
 // these two, modulo 2^64: what tells is the difference of two calls.
 NOMOS_API std::uint64_t nosAllocatedBlocks();
 
+// A page of 4,096 bytes, all 0 at first, before one that may not be read, for what shall not look
+// behind its input. It is the same page for all and stays; null without memory.
+NOMOS_API char* nosGuardedPage() noexcept;
+
 // Replaces the path that getGlbIniFileName returns; path is copied, at most 519 characters.
 NOMOS_API void nosSetGlbIniFileName(const char* path);
 

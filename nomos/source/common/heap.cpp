@@ -48,6 +48,11 @@ void XHeap::release(void* block) noexcept {
   nomos::platform::release(block);
 }
 
+char* nosGuardedPage() noexcept {
+  static char* const page = nomos::platform::guardedPage();
+  return page;
+}
+
 void nosFailAllocation(std::uint64_t n) {
   untilFailure.store(n, std::memory_order_relaxed);
   isWatched.store(true, std::memory_order_relaxed);

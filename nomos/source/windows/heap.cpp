@@ -14,4 +14,11 @@ void release(void* block) noexcept {
   HeapFree(GetProcessHeap(), 0, block);
 }
 
+char* guardedPage() noexcept {
+  constexpr std::size_t kPage = 4096;
+  void* const pages = VirtualAlloc(nullptr, 2 * kPage, MEM_RESERVE, PAGE_NOACCESS);
+  if (pages == nullptr) return nullptr;
+  return static_cast<char*>(VirtualAlloc(pages, kPage, MEM_COMMIT, PAGE_READWRITE));
+}
+
 }  // namespace nomos::platform

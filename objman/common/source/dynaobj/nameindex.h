@@ -1,9 +1,9 @@
 // The index of property names: a table of the hashes of the names with their places, searched from
 // the entry that the hash names to the first free one. It lies beside the images: the first
 // search that is worth it builds it, additions enter it, and it is dropped when the descriptions
-// are replaced. Images from outside cannot make it slow: a name that would lie too far from its
-// entry is left out, and the names from the first of these on are searched one by one, as all are
-// in an object that has no index for want of memory. The result is the same.
+// are replaced. A name that would lie too far from its entry is left out, and the names from the
+// first of these on are searched one by one, as all are in an object that has no index for want of
+// memory: the result is the same, and names that were chosen to collide cost no more than that.
 #ifndef NOMUTIL_DYNAOBJ_NAMEINDEX_H
 #define NOMUTIL_DYNAOBJ_NAMEINDEX_H
 
@@ -35,40 +35,35 @@ inline std::uint64_t shortWord(const char* text, std::uint32_t length) {
   return byteAt(0) | byteAt(length / 2) << 8 | byteAt(length - 1) << 16;
 }
 
-// Hands over words from both ends and the middle, which cover up to 24 bytes without a loop whose
-// number of rounds the processor would have to guess. REQUIRES: length is at least 8.
-template <class UseOffset>
-inline void forWords(std::uint32_t length, UseOffset use) {
-  const std::uint32_t last = length - 8;
-  use(0);
-  use(last / 2);
-  use(last);
-  for (std::uint32_t at = 8; length > 24 && at < last; at += 8) use(at);
-}
-
-// Of every byte of the name and of its length.
+// Of every byte of the name and of its length. The factors have nothing in common, so that changes
+// in several words do not cancel each other.
 inline std::uint32_t nameHash(const char* name, std::uint32_t length) {
   constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;
   std::uint64_t sum = length;
   if (length < 8) [[unlikely]] {
     sum += shortWord(name, length) * kFactor;
   } else {
-    std::uint64_t factor = kFactor;
-    forWords(length, [&](std::uint32_t at) {
-      sum += loadFrom<std::uint64_t>(name + at) * factor;
-      factor += kFactor << 1;  // stays odd
-    });
+    const std::uint32_t last = length - 8;
+    sum += loadFrom<std::uint64_t>(name) * kFactor;
+    sum += loadFrom<std::uint64_t>(name + last / 2) * 0xC2B2AE3D27D4EB4F;
+    sum += loadFrom<std::uint64_t>(name + last) * 0x165667B19E3779F9;
+    for (std::uint32_t at = 8; length > 24 && at < last; at += 8) {
+      sum = (sum ^ sum >> 32) * kFactor + loadFrom<std::uint64_t>(name + at);
+    }
   }
   return static_cast<std::uint32_t>((sum ^ sum >> 32) * kFactor >> 32);
 }
 
-// REQUIRES: both have length bytes.
+// The words at both ends and in the middle cover up to 24 bytes without a loop whose number of
+// rounds the processor would have to guess. REQUIRES: both have length bytes.
 inline bool isSameText(const char* left, const char* right, std::uint32_t length) {
   if (length < 8) return shortWord(left, length) == shortWord(right, length);
-  std::uint64_t different = 0;
-  forWords(length, [&](std::uint32_t at) {
-    different |= loadFrom<std::uint64_t>(left + at) ^ loadFrom<std::uint64_t>(right + at);
-  });
+  const auto differAt = [=](std::uint32_t at) {
+    return loadFrom<std::uint64_t>(left + at) ^ loadFrom<std::uint64_t>(right + at);
+  };
+  const std::uint32_t last = length - 8;
+  std::uint64_t different = differAt(0) | differAt(last / 2) | differAt(last);
+  for (std::uint32_t at = 8; length > 24 && at < last; at += 8) different |= differAt(at);
   return different == 0;
 }
 

@@ -296,8 +296,11 @@ int DynamicObject::getPropertyName(std::uint32_t index, char* buffer, std::uint3
   const PropertyDesc* const property = _findPropertyDescriptor(index);
   if (property == nullptr) {
     if (hasRoom) *buffer = '\0';
-    nomLog("[DynamicObject::getPropertyName] index out of range (%d), maxIndex=%u",
-           static_cast<int>(index), getPropertyCount());
+    const std::uint32_t count = getPropertyCount();
+    if (index == 0 || index > count) {
+      nomLog("[DynamicObject::getPropertyName] index out of range (%d), maxIndex=%u",
+             static_cast<int>(index), count);
+    }
     return kPropertyNotDefined;
   }
   if (!hasRoom) return kStringTooLong;

@@ -107,6 +107,12 @@ int callHandler(const DskParam* value, std::uint8_t code, StringUtf8Info& text) 
   return handler(code, const_cast<DskParam*>(value), &text, &text.byteLength);
 }
 
+// A handler that has no memory for an object to hold the text in succeeds all the same.
+int statusOfHeld(const DskParam* value, int status) {
+  const bool isHeld = status != kNoError || value->getValue<DskHandlerValue>().item != nullptr;
+  return isHeld ? status : kMemoryAllocationFailed;
+}
+
 // A target of another family is refused, though the copy would take it.
 int giveString(DskParam* value, const Content& content) {
   switch (value->header.format) {
@@ -114,9 +120,11 @@ int giveString(DskParam* value, const Content& content) {
       return giveBlock(value, content, true);
     case DSKCSTRING:
     case DSKSTRING:
+      return paramcpy(value, reinterpret_cast<const char*>(content.data), content.length);
     case DSKANY:
     case DSKKORASTRING:
-      return paramcpy(value, reinterpret_cast<const char*>(content.data), content.length);
+      return statusOfHeld(
+          value, paramcpy(value, reinterpret_cast<const char*>(content.data), content.length));
     default:
       return refuseTarget(value);
   }
@@ -126,10 +134,12 @@ int giveBinary(DskParam* value, const Content& content) {
   switch (value->header.format) {
     case DSKBINARYBLOCK:
       return giveBlock(value, content, false);
-    case DSKANY:
     case DSKBINARY:
-    case DSKKORABINARY:
       return paramcpy(value, static_cast<const void*>(content.data), content.length);
+    case DSKANY:
+    case DSKKORABINARY:
+      return statusOfHeld(value,
+                          paramcpy(value, static_cast<const void*>(content.data), content.length));
     default:
       return refuseTarget(value);
   }
@@ -145,7 +155,7 @@ int giveUtf8(DskParam* value, const Content& content) {
     case DSKKORASTRINGUTF8: {
       StringUtf8Info text{const_cast<unsigned char*>(content.data), content.length,
                           content.characters, 0};
-      return callHandler(value, kSetUtf8, text);
+      return statusOfHeld(value, callHandler(value, kSetUtf8, text));
     }
     default:
       return refuseTarget(value);
