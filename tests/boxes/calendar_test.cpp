@@ -18,6 +18,7 @@ namespace {
 
 using nomutil::boxes::BoxesAccess;
 using nomutil::boxes::CalendarIndex;
+using nomutil::boxes::changeLock;
 using nomutil::boxes::OnlyThread;
 
 struct Entry {
@@ -118,11 +119,11 @@ TEST(Calendar, OutgrowsItsIndex) {
   int order = 0;
   std::mt19937_64 random(1);
   constexpr std::uint64_t kFar = 1 << 20;
-  const auto enter = [&](Memo* memo, std::uint64_t due) {
+  const auto enter = [&](Memo* memo, std::uint64_t due) NOMOS_REQUIRES(changeLock) {
     orders[memo] = order++;
     calendar.enter(memo, due, index.get());
   };
-  const auto add = [&](std::uint64_t due) {
+  const auto add = [&](std::uint64_t due) NOMOS_REQUIRES(changeLock) {
     enter(&memos.emplace_back(BoxesAccess::make(MU_Memo, 0, 0)), due);
   };
   for (int i = 0; i < 200'000; ++i) add(kFar + (random() >> 24));
@@ -189,7 +190,9 @@ TEST(Calendar, WalksFarOnce) {
     BoxManager::Calendar calendar;
     calendar.begin(&end);
     std::deque<Memo> memos;
-    const auto make = [&] { return &memos.emplace_back(BoxesAccess::make(MU_Memo, 0, 0)); };
+    const auto make = [&]() NOMOS_REQUIRES(changeLock) {
+      return &memos.emplace_back(BoxesAccess::make(MU_Memo, 0, 0));
+    };
     for (std::uint64_t i = 0; i < kCount; ++i) calendar.enter(make(), row.fill(i), index.get());
     for (std::uint64_t round = 0; round < 20; ++round) {
       Memo* const memo = make();
