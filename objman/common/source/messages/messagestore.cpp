@@ -112,9 +112,15 @@ ReadResult readAll(KoraFile& file, HeapText& bytes, std::size_t& byteCount) {
 int MessageStore::copyText(unsigned number, char* buffer, unsigned size, int severity,
                            unsigned facility) {
   const NosMessageModule* rows = _view.load(std::memory_order_acquire)->rows;
-  if (rows != nullptr && number <= 0xFFFF && buffer != nullptr &&
-      tryCopyRow(*rows, messageIdentifier(number, severity, facility), buffer, size)) {
-    return kNoError;
+  // A test behind the other: all in one, the compiler makes flags and joins them.
+  if (rows == nullptr || number > 0xFFFF) {
+    return _copyText(number, buffer, size, severity, facility);
+  }
+  if (buffer != nullptr) [[likely]] {
+    const std::uint32_t identifier = messageIdentifier(number, severity, facility);
+    if (tryCopyRow(*rows, identifier, buffer, size)) [[likely]] {
+      return kNoError;
+    }
   }
   return _copyText(number, buffer, size, severity, facility);
 }
