@@ -205,8 +205,7 @@ TEST_F(DynamicObjectProperties, AreFoundAmongNamesOfOneHash) {
         nomutil::dynaobj::nameHash(name.c_str(), static_cast<std::uint32_t>(name.size()));
     const auto [other, isNew] = hashes.emplace(hash, name);
     if (!isNew && ++pairs <= 2) {
-      names.push_back(other->second);
-      names.push_back(name);
+      names.insert(names.begin(), {other->second, name});  // what is left out shall come last
     } else if (hash % 1024 == 5 && names.size() < 80) {
       names.push_back(name);
     }
@@ -222,6 +221,10 @@ TEST_F(DynamicObjectProperties, AreFoundAmongNamesOfOneHash) {
       ASSERT_EQ(copy->getPropertyValue(names[i].c_str(), length, bytes), i == without ? 1011 : 0);
       ASSERT_EQ(bytes, i == without ? nullptr : copy->getValues().data() + i) << names[i];
     }
+    char name[100];
+    const auto index = static_cast<std::uint32_t>(without) + 1;
+    EXPECT_EQ(copy->getPropertyName(index, name, sizeof name), 1011);
+    EXPECT_EQ(lines().empty(), without < names.size()) << "only an index out of range is logged";
   };
   expectFound(names.size());
   image[3 * 120 + 100] = 'x';  // the name does not end

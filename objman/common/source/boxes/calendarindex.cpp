@@ -21,7 +21,7 @@ Memo* CalendarIndex::before(Memo* entering, Memo* first, std::uint32_t count) {
   if (isFence) place = _find(due);
   Memo* memo = isFence ? _at(place).memo : first;
   // The walk ends before the next fence, whose time is known without reading its memo.
-  Memo* const last = isFence ? _next(place).memo : nullptr;
+  const Memo* const last = isFence ? _next(place).memo : nullptr;
   __builtin_prefetch(last, 1);  // most likely the memo behind the place
   Memo* middle = memo;
   std::uint32_t steps = 0;

@@ -34,6 +34,7 @@ int refuseList(const char* operation, const DskParam* list) {
   return kInvalidParameterType;
 }
 
+// What is rare stays out of line: the short way to the bytes then has nothing to keep.
 [[gnu::noinline]] int refuseBytes(const PropertyDesc& property) {
   nomLog("DynamicObject::getPropertyValue(%s) invalid attribute type %d", property.name,
          property.format);

@@ -23,7 +23,7 @@ inline const PropertyDesc* DynamicObject::_findShortName(const char* name) const
   const ShortName text(name);
   if (!text.isShort()) return nullptr;
   const std::uint32_t length = text.length();
-  if (length > ShortName::kMaximum) __builtin_unreachable();
+  if (length > ShortName::kMaximum) __builtin_unreachable();  // nameHash needs no loop here
   const auto* const descriptions = reinterpret_cast<const char*>(_descriptions.data());
   const auto isMatch = [=](std::uint32_t offset) {
     const char* const held = descriptions + offset;

@@ -30,10 +30,8 @@ void NameIndex::release(NameIndex* index) {
 
 bool NameIndex::append(std::uint32_t hash) {
   if (_count > _mask / 2) return false;
-  ++_count;
   // Less than 2^32, as the length of the image that holds the name.
-  const auto offset = static_cast<std::uint32_t>(_end);
-  _end += _stride;
+  const std::uint32_t offset = _count++ * _stride;
   for (std::uint32_t i = 0; i < kMaximumDistance; ++i) {
     Entry& entry = _entries()[(hash + i) & _mask];
     if (entry.offset != kNoName) continue;

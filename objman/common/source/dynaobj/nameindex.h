@@ -141,7 +141,8 @@ class NameIndex {
   std::uint32_t find(std::uint32_t hash, IsMatch isMatch) const {
     const std::uint32_t offset = findEntered(hash, isMatch);
     if (offset != kNoName) return offset;
-    for (std::uint64_t at = _firstLeftOut; at < _end; at += _stride) {
+    const std::uint64_t end = std::uint64_t{_count} * _stride;
+    for (std::uint64_t at = _firstLeftOut; at < end; at += _stride) {
       if (isMatch(static_cast<std::uint32_t>(at))) return static_cast<std::uint32_t>(at);
     }
     return kNoName;
@@ -175,7 +176,6 @@ class NameIndex {
   std::uint32_t _stride;
   std::uint32_t _count = 0;
   std::uint32_t _firstLeftOut = kNoName;
-  std::uint64_t _end = 0;  // behind the last name
 };
 
 }  // namespace nomutil::dynaobj
