@@ -38,6 +38,7 @@ if(NOMUTIL_SANITIZE)
   add_compile_options(-fsanitize=${NOMUTIL_SANITIZE} -fno-omit-frame-pointer
     -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${NOMUTIL_SANITIZE})
+  add_compile_definitions(NOMOS_KEEPS_BLOCKS=0)
 endif()
 
 if(NOMUTIL_BUILD_FUZZ)

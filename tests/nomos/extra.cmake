@@ -23,6 +23,18 @@ target_compile_options(nomos_event_steps PRIVATE
 target_link_libraries(nomos_event_steps PRIVATE nomutil_flags nomutil_gtest)
 nomutil_discover_tests(nomos_event_steps)
 
+# The heap of Linux again, over a C library that keeps account.
+if(NOT WIN32)
+  add_executable(nomos_heap_steps ${CMAKE_CURRENT_SOURCE_DIR}/nomos/steps/heap.cpp
+    ${PROJECT_SOURCE_DIR}/nomos/source/linux/heap.cpp)
+  target_compile_options(nomos_heap_steps PRIVATE -UNOMOS_KEEPS_BLOCKS
+    "SHELL:-iquote ${PROJECT_SOURCE_DIR}/nomos/source"
+    "SHELL:-iquote ${PROJECT_SOURCE_DIR}/nomos/include")
+  target_link_libraries(nomos_heap_steps PRIVATE nomutil_flags nomutil_gtest)
+  target_link_options(nomos_heap_steps PRIVATE LINKER:--wrap=malloc,--wrap=free)
+  nomutil_discover_tests(nomos_heap_steps threads)
+endif()
+
 # A library to load at run time. Tests copy it to the names that a library may have, the ones that
 # count less first.
 add_library(nomos_counter MODULE ${CMAKE_CURRENT_SOURCE_DIR}/nomos/library/counter.cpp)

@@ -20,6 +20,10 @@ class NOMOS_API XHeap {
   // Releases a block that allocate gave; null is accepted.
   void release(void* block) noexcept;
 
+  // The same, and quicker for blocks of one to eight KiB. REQUIRES: byteCount is what allocate was
+  // asked for.
+  void release(void* block, std::size_t byteCount) noexcept;
+
  private:
   XHeap() = default;
 };

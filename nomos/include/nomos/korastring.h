@@ -111,6 +111,9 @@ class NOMOS_API KoraBytes {
     char text[8];
   };
 
+  static constexpr std::uint64_t _blockSize(std::uint64_t capacity) {
+    return sizeof(Block) + capacity + 1;
+  }
   Block& _block() const noexcept { return static_cast<Block*>(_data)[-1]; }
   void _checkLength(std::uint64_t byteCount) const;
   Block* _allocateBlock(std::uint64_t byteCount) const;

@@ -25,6 +25,12 @@ bool failsNow() {
   return false;
 }
 
+void countReleased() {
+  if (isWatched.load(std::memory_order_relaxed)) {
+    liveBlocks.fetch_sub(1, std::memory_order_relaxed);
+  }
+}
+
 }  // namespace
 
 XHeap& XHeap::library() noexcept {
@@ -42,10 +48,14 @@ void* XHeap::allocate(std::size_t byteCount) noexcept {
 
 void XHeap::release(void* block) noexcept {
   if (block == nullptr) return;
-  if (isWatched.load(std::memory_order_relaxed)) {
-    liveBlocks.fetch_sub(1, std::memory_order_relaxed);
-  }
+  countReleased();
   nomos::platform::release(block);
+}
+
+void XHeap::release(void* block, std::size_t byteCount) noexcept {
+  if (block == nullptr) return;
+  countReleased();
+  nomos::platform::release(block, byteCount);
 }
 
 char* nosGuardedPage() noexcept {

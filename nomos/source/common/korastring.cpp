@@ -40,16 +40,15 @@ KoraBytes::Block* KoraBytes::_allocateBlock(std::uint64_t byteCount) const {
   constexpr std::uint64_t kGrain = 16;
   const std::uint64_t held = _block().capacity;
   const std::uint64_t wanted = std::max(byteCount, held != 0 ? held + held / 2 : 0);
-  const std::uint64_t whole =
-      (sizeof(Block) + wanted + 1 + kGrain - 1) / kGrain * kGrain - sizeof(Block) - 1;
+  const std::uint64_t whole = (_blockSize(wanted) + kGrain - 1) / kGrain * kGrain - _blockSize(0);
   const std::uint64_t capacity = std::max(byteCount, std::min<std::uint64_t>(whole, _maximum));
-  void* const block = XHeap::library().allocate(sizeof(Block) + capacity + 1);
+  void* const block = XHeap::library().allocate(_blockSize(capacity));
   if (block == nullptr) throw NomException(kNosMemoryAllocationFailed);
   return new (block) Block{static_cast<std::uint32_t>(capacity), 1};
 }
 
 void KoraBytes::_releaseBlock() noexcept {
-  XHeap::library().release(&_block());
+  XHeap::library().release(&_block(), _blockSize(_block().capacity));
 }
 
 void KoraBytes::_setLength(std::uint32_t byteCount) noexcept {

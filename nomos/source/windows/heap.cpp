@@ -13,6 +13,9 @@ void* allocate(std::size_t byteCount) noexcept {
 void release(void* block) noexcept {
   HeapFree(GetProcessHeap(), 0, block);
 }
+void release(void* block, std::size_t) noexcept {
+  release(block);
+}
 
 char* guardedPage() noexcept {
   constexpr std::size_t kPage = 4096;
