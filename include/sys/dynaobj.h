@@ -258,6 +258,7 @@ class NOMUTIL_API DynamicObject {
 
   DskObjectId _parent;
   unsigned char _formatDesc[kFormatDescSize];
+  mutable std::atomic<std::uint8_t> _searches{0};  // without an index of names
   std::uint32_t _revision = 0;
   const std::uint32_t _descSize;
   KoraString<unsigned char> _descriptions;

@@ -1,6 +1,6 @@
 // The index of property names: a table of the hashes of the names with their places, searched from
-// the entry that the hash names to the first free one. It lies beside the images: the first
-// search that is worth it builds it, additions enter it, and it is dropped when the descriptions
+// the entry that the hash names to the first free one. It lies beside the images: a few searches
+// go without, the next one builds it, additions enter it, and it is dropped when the descriptions
 // are replaced. A name that would lie too far from its entry is left out, and the names from the
 // first of these on are searched one by one, as all are in an object that has no index for want of
 // memory: the result is the same, and names that were chosen to collide cost no more than that.
@@ -169,6 +169,7 @@ class NameIndex {
   static constexpr std::uint32_t kMaximumDistance = 64;
 
   NameIndex(std::uint32_t mask, std::uint32_t stride) : _mask(mask), _stride(stride) {}
+  static std::size_t byteCount(std::uint32_t entries);
   Entry* _entries() { return reinterpret_cast<Entry*>(this + 1); }
   const Entry* _entries() const { return reinterpret_cast<const Entry*>(this + 1); }
 

@@ -122,8 +122,10 @@ std::uint32_t DynamicObject::hash() const {
 
 int DynamicObject::setPropertyDescriptions(const void* bytes, std::uint32_t length) {
   const int status = setImage(_descriptions, bytes, length);
-  if (status == kNoError) _dropNameIndex();
-  return status;
+  if (status != kNoError) return status;
+  _dropNameIndex();
+  _searches.store(0, std::memory_order_relaxed);
+  return kNoError;
 }
 
 int DynamicObject::setValues(const void* bytes, std::uint32_t length) {

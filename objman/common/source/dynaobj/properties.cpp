@@ -20,11 +20,16 @@ using namespace nomutil::dynaobj;
 
 namespace {
 
-// From so many properties on an index is built.
+// From so many properties on an index is built, once so many searches have gone without: it takes
+// as long as they do.
 constexpr std::uint32_t kIndexedCount = 4;
+constexpr std::uint8_t kSearchesWithout = 4;
 
-// Bounded by the field, of which a name from outside may fill every byte.
+// Bounded by the field, of which a name from outside may fill every byte. REQUIRES: the description
+// is whole.
 std::uint32_t nameLength(const void* description) {
+  const ShortName text(static_cast<const char*>(description));
+  if (text.isShort()) return text.length();
   const void* const end = std::memchr(description, '\0', sizeof PropertyDesc::name);
   return end == nullptr ? std::uint32_t{sizeof PropertyDesc::name}
                         : static_cast<std::uint32_t>(static_cast<const char*>(end) -
@@ -103,6 +108,12 @@ void DynamicObject::_dropNameIndex() {
 const NameIndex* DynamicObject::_makeNameIndex() const {
   const std::uint32_t count = getPropertyCount();
   if (count < kIndexedCount) return nullptr;
+  // Searches of several threads may count as one.
+  const std::uint8_t searches = _searches.load(std::memory_order_relaxed);
+  if (searches < kSearchesWithout) {
+    _searches.store(static_cast<std::uint8_t>(searches + 1), std::memory_order_relaxed);
+    return nullptr;
+  }
   NameIndex* const built = NameIndex::create(count, _descSize);
   if (built == nullptr) return nullptr;
   const unsigned char* description = _descriptions.data();
