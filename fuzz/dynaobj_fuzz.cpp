@@ -85,8 +85,8 @@ void find(const DynamicObject& object, std::uint32_t index) {
   require(object.getPropertyIndex(name, found) == 0);
   const auto first = found.getValue<std::uint32_t>();
   require(first <= index);
-  // By now at the latest there is an index of names.
-  for (int search = 0; search < 4; ++search) require(object.getPropertyIndex(name, found) == 0);
+  // The last of these has an index, if there are names enough.
+  for (int search = 0; search < 5; ++search) require(object.getPropertyIndex(name, found) == 0);
   require(first == found.getValue<std::uint32_t>());
   char other[101];
   for (std::uint32_t i = 1; i < first; ++i)

@@ -238,6 +238,7 @@ class NOMUTIL_API DynamicObject {
   const PropertyDesc* _findAnyName(const char* name) const;
   const nomutil::dynaobj::NameIndex* _makeNameIndex() const;
   void _dropNameIndex();
+  void _forgetNames();
 
   int _addProperty(const char* name, const DskObjectId& type, PFormat format);
   template <class Set>

@@ -8,13 +8,12 @@
 #include "nomos/testhooks.h"
 
 #include "heldtext.h"
+#include "support/threads.h"
 
 #include <gtest/gtest.h>
 
-#include <barrier>
 #include <cstring>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -159,19 +158,13 @@ TEST_F(ZLib, IsLoadedByThreadsThatRaceForIt) {
   for (int round = 0; round < 20; ++round) {
     ZLibDesc zlib(false);
     constexpr int kThreads = 4;
-    std::barrier start(kThreads);
     std::vector<int> lengths(kThreads);
-    std::vector<std::thread> threads;
-    for (int& each : lengths) {
-      threads.emplace_back([&] {
-        start.arrive_and_wait();
-        unsigned char block[20];
-        unsigned length = sizeof block;
-        const bool isGood = zlib.isProcLoaded() && zlib.compress2(block, &length, block, 0, 9) == 0;
-        each = isGood ? static_cast<int>(length + std::strlen(zlib.zlibVersion())) : -1;
-      });
-    }
-    for (std::thread& thread : threads) thread.join();
+    nomtest::inThreads(kThreads, [&](unsigned thread) {
+      unsigned char block[20];
+      unsigned length = sizeof block;
+      const bool isGood = zlib.isProcLoaded() && zlib.compress2(block, &length, block, 0, 9) == 0;
+      lengths[thread] = isGood ? static_cast<int>(length + std::strlen(zlib.zlibVersion())) : -1;
+    });
     for (const int each : lengths) EXPECT_GT(each, 8) << "the stream of nothing has 8 bytes";
   }
 }

@@ -64,7 +64,7 @@ class DynamicObjectDamage : public Watched {
       expectAmong(status, {0, 1011});
       if (status == 0) {
         // Without the index of names and with it.
-        for (int search = 0; search < 5; ++search)
+        for (int search = 0; search < 6; ++search)
           EXPECT_EQ(object->getPropertyIndex(name, number), 0);
       }
       for (const unsigned format : {36u, 1u, 11u, 54u, 24u, 4u}) {

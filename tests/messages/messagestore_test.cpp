@@ -11,16 +11,15 @@
 #include "sys/messages.h"
 
 #include "support/recorder.h"
+#include "support/threads.h"
 
 #include <gtest/gtest.h>
 
-#include <barrier>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <random>
 #include <string>
-#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -273,18 +272,12 @@ TEST_F(MessageStoreTest, ServesTheFirstLookupsOfManyThreads) {
     const bool isFailing = round < 200;
     if (round == 200) writeMessages("eng", "42 \"only in the file\"\n");
     MessageStore store(kBuiltInMessages);
-    std::barrier start(8);
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 8; ++i) {
-      threads.emplace_back([&] {
-        start.arrive_and_wait();
-        EXPECT_TRUE(isFailing || lookUp(store, 1002).second == "Invalid parameter value");
-        const Answer answer = lookUp(store, 42);
-        EXPECT_TRUE(isFailing ? answer.first != 0 : answer == (Answer{0, "only in the file"}));
-        EXPECT_EQ(lookUp(store, 1002).first, isFailing ? 5003 : 0);
-      });
-    }
-    threads.clear();
+    nomtest::inThreads(8, [&](unsigned) {
+      EXPECT_TRUE(isFailing || lookUp(store, 1002).second == "Invalid parameter value");
+      const Answer answer = lookUp(store, 42);
+      EXPECT_TRUE(isFailing ? answer.first != 0 : answer == (Answer{0, "only in the file"}));
+      EXPECT_EQ(lookUp(store, 1002).first, isFailing ? 5003 : 0);
+    });
     EXPECT_EQ(recorder.takeBoxes().size(), isFailing ? 1u : 0u);
   }
 }

@@ -6,17 +6,16 @@
 #include "nomos/processdump.h"
 #include "nomos/testhooks.h"
 
-#include "recorder.h"
+#include "support/recorder.h"
+#include "support/threads.h"
 #include "temppath.h"
 
 #include <gtest/gtest.h>
-#include <barrier>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -187,16 +186,9 @@ TEST_F(Library, IsLoadedOnceByThreadsThatRace) {
   provideCounter();
   DllDesc library("counter");
   constexpr int kThreads = 8;
-  std::barrier start(kThreads);
   std::vector<void*> found(kThreads);
-  std::vector<std::thread> threads;
-  for (void*& each : found) {
-    threads.emplace_back([&] {
-      start.arrive_and_wait();
-      each = library.getMethod("counterNext", false);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  nomtest::inThreads(
+      kThreads, [&](unsigned thread) { found[thread] = library.getMethod("counterNext", false); });
   EXPECT_EQ(std::set<void*>(found.begin(), found.end()).size(), 1u);
   EXPECT_NE(found[0], nullptr);
   library.unload();

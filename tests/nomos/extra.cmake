@@ -31,7 +31,7 @@ if(NOT WIN32)
     "SHELL:-iquote ${PROJECT_SOURCE_DIR}/nomos/source"
     "SHELL:-iquote ${PROJECT_SOURCE_DIR}/nomos/include")
   target_link_libraries(nomos_heap_steps PRIVATE nomutil_flags nomutil_gtest)
-  target_link_options(nomos_heap_steps PRIVATE LINKER:--wrap=malloc,--wrap=free)
+  target_link_options(nomos_heap_steps PRIVATE LINKER:--wrap=malloc,--wrap=free,--wrap=pthread_setspecific)
   nomutil_discover_tests(nomos_heap_steps threads)
 endif()
 

@@ -10,18 +10,17 @@
 #include "nomos/locale.h"
 #include "nomos/testhooks.h"
 
+#include "support/threads.h"
 #include "temppath.h"
 
 #include <gtest/gtest.h>
 
-#include <barrier>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -318,25 +317,19 @@ TEST_F(LocaleDate, ThreadsShareWhatTheFirstOneLearnt) {
   constexpr int kThreads = 4;
   static constexpr unsigned kLocales[] = {1034, 1040, 1044, 1046, 1054, 1065};
   const NlsLocale* seen[kThreads][std::size(kLocales)] = {};
-  std::barrier start(kThreads);
-  std::vector<std::thread> threads;
-  for (auto& own : seen) {
-    threads.emplace_back([&start, &own] {
-      start.arrive_and_wait();
-      for (std::size_t i = 0; i < std::size(kLocales); ++i) {
-        nosSetThreadLocale(kLocales[i]);
-        own[i] = LocaleDataStore::ThreadLocale();
-        char text[64];
-        if (nosFormatLocaleDate(kLocales[i], NosDateStyle::Long, 2460315, text, sizeof text)) {
-          unsigned length;
-          infoOf(kLocales[i]).matchMonthName(text, length);
-        }
-        int day = 1, month = 1, year = 1403;
-        nosConvertCalendarDateToGregorianDate(infoOf(kLocales[i]).calendar, day, month, year);
+  nomtest::inThreads(kThreads, [&seen](unsigned thread) {
+    for (std::size_t i = 0; i < std::size(kLocales); ++i) {
+      nosSetThreadLocale(kLocales[i]);
+      seen[thread][i] = LocaleDataStore::ThreadLocale();
+      char text[64];
+      if (nosFormatLocaleDate(kLocales[i], NosDateStyle::Long, 2460315, text, sizeof text)) {
+        unsigned length;
+        infoOf(kLocales[i]).matchMonthName(text, length);
       }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+      int day = 1, month = 1, year = 1403;
+      nosConvertCalendarDateToGregorianDate(infoOf(kLocales[i]).calendar, day, month, year);
+    }
+  });
   for (std::size_t i = 0; i < std::size(kLocales); ++i) {
     EXPECT_NE(seen[0][i], nullptr);
     for (const auto& own : seen) EXPECT_EQ(own[i], seen[0][i]) << kLocales[i];

@@ -5,27 +5,14 @@
 #include "nomos/heap.h"
 #include "nomos/testhooks.h"
 
+#include "support/threads.h"
+
 #include <gtest/gtest.h>
 #include <atomic>
-#include <barrier>
 #include <cstdint>
 #include <thread>
-#include <vector>
 
 namespace {
-
-template <class Work>
-void inFourThreads(Work work) {
-  std::barrier start(4);
-  std::vector<std::thread> threads;
-  for (unsigned i = 0; i < 4; ++i) {
-    threads.emplace_back([&start, work, i] {
-      start.arrive_and_wait();
-      work(i);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-}
 
 struct Counter {
   ThreadMutex mutex{"Counter"};
@@ -35,7 +22,7 @@ struct Counter {
 
 TEST(ThreadMutex, LetsOneThreadInAtATime) {
   Counter counter;
-  inFourThreads([&counter](unsigned thread) {
+  nomtest::inThreads(4, [&counter](unsigned thread) {
     for (unsigned i = 0; i < 20000; ++i) {
       if (thread != 0) {
         ThreadMutexHold hold(counter.mutex);
@@ -68,7 +55,7 @@ TEST(Heap, FailsTheNthAllocationOnceWhenThreadsShareIt) {
   EXPECT_EQ(allocate(4), 1u);
   for (unsigned round = 2; round < 50; ++round) {
     nosFailAllocation(500);
-    inFourThreads([&allocate](unsigned) { allocate(500); });
+    nomtest::inThreads(4, [&allocate](unsigned) { allocate(500); });
     EXPECT_EQ(failures.load(), round);
   }
   EXPECT_EQ(nosAllocatedBlocks(), before);

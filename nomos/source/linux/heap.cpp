@@ -8,7 +8,9 @@
 
 #include "platform.h"
 
+#include <pthread.h>
 #include <sys/mman.h>
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -27,9 +29,8 @@ struct Kept {
   Kept* next;
 };
 struct ThreadBlocks {
-  Kept* ofGrains[kLargest / kGrain + 1];  // by size
-  std::size_t room;                       // left of kRoom; 0 until the first release
-  bool isClosed;                          // the thread has ended
+  Kept* ofGrains[kLargest / kGrain + 1];
+  std::size_t room;  // left of kRoom; 0 before the first release and after the thread's end
 };
 thread_local constinit ThreadBlocks threadBlocks{};
 
@@ -50,24 +51,31 @@ void giveBack() {
   threadBlocks.room = kRoom;
 }
 
-struct AtThreadEnd {
-  ~AtThreadEnd() {
-    giveBack();
-    threadBlocks.room = 0;
-    threadBlocks.isClosed = true;
+// What is called when a thread ends is told to the system by a key: a thread_local object takes
+// memory to be told, and without it the process ends.
+pthread_key_t threadEnd;
+std::atomic<bool> isThreadEndSeen{false};  // while the library is loaded
+
+void endThread(void* = nullptr) {
+  giveBack();
+  threadBlocks.room = 0;
+}
+
+struct Library {
+  Library() { isThreadEndSeen = pthread_key_create(&threadEnd, endThread) == 0; }
+  // What other threads keep is lost: they go on without a destructor that is no longer there.
+  ~Library() {
+    if (isThreadEndSeen.exchange(false)) pthread_key_delete(threadEnd);
+    endThread();
   }
-};
+} library;
 
 // For a block that there is no room for, if only since it is the first. What fills the room may be
 // of sizes that nobody asks for any more: all of it goes, which costs no more than if none had been
 // kept.
 [[gnu::noinline]] void releaseAll(void* block) {
   std::free(block);
-  if (threadBlocks.isClosed) return;
-  // This takes memory: there is some now.
-  static thread_local AtThreadEnd atThreadEnd;
-  static_cast<void>(&atThreadEnd);
-  giveBack();
+  if (isThreadEndSeen && pthread_setspecific(threadEnd, &threadBlocks) == 0) giveBack();
 }
 
 }  // namespace

@@ -1,18 +1,17 @@
 // The outlines of the world's countries through the exports and through GEOS itself, side by side.
 
 #include "geometry/freshlibrary.h"
+#include "support/threads.h"
 
 #include <geos_c.h>
 
 #include <algorithm>
 #include <atomic>
-#include <barrier>
 #include <cstdint>
 #include <fstream>
 #include <map>
 #include <set>
 #include <string>
-#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -239,24 +238,18 @@ class EightThreads : public nomtest::FreshLibrary {};
 TEST_F(EightThreads, MeasureTheWorldAlikeAndShareTheHandlers) {
   constexpr int kThreads = 8;
   std::vector<double> sums(kThreads);
-  std::barrier start(kThreads);
-  std::vector<std::thread> threads;
-  for (double& sum : sums) {
-    threads.emplace_back([&] {
-      start.arrive_and_wait();
-      Countries world([](const char*) { messages.fetch_add(1, std::memory_order_relaxed); });
-      for (const auto& [name, outline, geometry] : world.all) {
-        GEOSGeometry* const hull = GEOS_ConvexHull(world.c, geometry, &world.status);
-        double area = 0, distance = 0;
-        EXPECT_EQ(GEOS_Area(world.c, hull, &area), 0);
-        EXPECT_EQ(GEOS_Distance(world.c, geometry, world["Fiji"], &distance), 0);
-        EXPECT_EQ(GEOS_Destroy(world.c, hull), 0);
-        sum += area + distance;
-      }
-      EXPECT_EQ(world.read("POINT"), nullptr);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  nomtest::inThreads(kThreads, [&](unsigned thread) {
+    Countries world([](const char*) { messages.fetch_add(1, std::memory_order_relaxed); });
+    for (const auto& [name, outline, geometry] : world.all) {
+      GEOSGeometry* const hull = GEOS_ConvexHull(world.c, geometry, &world.status);
+      double area = 0, distance = 0;
+      EXPECT_EQ(GEOS_Area(world.c, hull, &area), 0);
+      EXPECT_EQ(GEOS_Distance(world.c, geometry, world["Fiji"], &distance), 0);
+      EXPECT_EQ(GEOS_Destroy(world.c, hull), 0);
+      sums[thread] += area + distance;
+    }
+    EXPECT_EQ(world.read("POINT"), nullptr);
+  });
   EXPECT_EQ(sums, std::vector<double>(kThreads, sums[0]));
   EXPECT_EQ(messages, kThreads);
 }

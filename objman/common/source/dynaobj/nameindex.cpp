@@ -11,16 +11,11 @@
 
 namespace nomutil::dynaobj {
 
-inline std::size_t NameIndex::byteCount(std::uint32_t entries) {
-  return sizeof(NameIndex) + std::size_t{entries} * sizeof(Entry);
-}
-
 // Half of the entries stay free, so that a search is short.
 NameIndex* NameIndex::create(std::uint32_t count, std::uint32_t stride) {
-  constexpr std::uint32_t kLeastEntries = 16;
-  const std::uint32_t entries = std::bit_ceil(std::max(kLeastEntries, count * 4 + 1));
+  const std::uint32_t entries = std::bit_ceil(count * 4);
   static_assert(sizeof(NameIndex) % alignof(Entry) == 0);
-  void* const memory = XHeap::library().allocate(byteCount(entries));
+  void* const memory = XHeap::library().allocate(_byteCount(entries));
   if (memory == nullptr) return nullptr;
   NameIndex* const index = new (memory) NameIndex(entries - 1, stride);
   std::fill_n(index->_entries(), entries, Entry{0, kNoName});
@@ -29,7 +24,7 @@ NameIndex* NameIndex::create(std::uint32_t count, std::uint32_t stride) {
 
 void NameIndex::release(NameIndex* index) {
   if (index == nullptr) return;
-  XHeap::library().release(index, byteCount(index->_mask + 1));
+  XHeap::library().release(index, _byteCount(index->_mask + 1));
 }
 
 bool NameIndex::append(std::uint32_t hash) {

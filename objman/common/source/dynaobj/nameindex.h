@@ -169,7 +169,9 @@ class NameIndex {
   static constexpr std::uint32_t kMaximumDistance = 64;
 
   NameIndex(std::uint32_t mask, std::uint32_t stride) : _mask(mask), _stride(stride) {}
-  static std::size_t byteCount(std::uint32_t entries);
+  static std::size_t _byteCount(std::uint32_t entries) {
+    return sizeof(NameIndex) + std::size_t{entries} * sizeof(Entry);
+  }
   Entry* _entries() { return reinterpret_cast<Entry*>(this + 1); }
   const Entry* _entries() const { return reinterpret_cast<const Entry*>(this + 1); }
 

@@ -92,7 +92,7 @@ int DynamicObject::_copyImages(const DynamicObject& source) {
     KoraString<unsigned char> descriptions(source._descriptions);
     KoraString<unsigned char> values(source._values);
     KoraString<unsigned char> longValues(source._longValues);
-    _dropNameIndex();
+    _forgetNames();
     _descriptions = std::move(descriptions);
     _values = std::move(values);
     _longValues = std::move(longValues);
@@ -123,8 +123,7 @@ std::uint32_t DynamicObject::hash() const {
 int DynamicObject::setPropertyDescriptions(const void* bytes, std::uint32_t length) {
   const int status = setImage(_descriptions, bytes, length);
   if (status != kNoError) return status;
-  _dropNameIndex();
-  _searches.store(0, std::memory_order_relaxed);
+  _forgetNames();
   return kNoError;
 }
 
@@ -137,7 +136,7 @@ int DynamicObject::setLongValues(const void* bytes, std::uint32_t length) {
 }
 
 void DynamicObject::clear() {
-  _dropNameIndex();
+  _forgetNames();
   _descriptions.clear();
   clearValues();
 }

@@ -23,7 +23,7 @@ namespace {
 // From so many properties on an index is built, once so many searches have gone without: it takes
 // as long as they do.
 constexpr std::uint32_t kIndexedCount = 4;
-constexpr std::uint8_t kSearchesWithout = 4;
+constexpr std::uint8_t kSearchesWithout = 5;
 
 // Bounded by the field, of which a name from outside may fill every byte. REQUIRES: the description
 // is whole.
@@ -102,6 +102,12 @@ void DynamicObject::_dropNameIndex() {
   if (index == nullptr) return;
   _index.store(nullptr, std::memory_order_relaxed);
   NameIndex::release(index);
+}
+
+// For other descriptions, which may be searched rarely.
+void DynamicObject::_forgetNames() {
+  _dropNameIndex();
+  _searches.store(0, std::memory_order_relaxed);
 }
 
 // Readers may build it at the same time: the first to finish gives it to all.
