@@ -17,11 +17,10 @@
 
 namespace nomos::platform {
 
-// heap.cpp: the system's allocator; null when it is exhausted. byteCount is not 0; who knows it may
-// say it again when the block is released.
+// heap.cpp: the system's allocator; null when it is exhausted. byteCount is not 0; who knows it
+// says it again when the block is released.
 void* allocate(std::size_t byteCount) noexcept;
-void release(void* block) noexcept;
-void release(void* block, std::size_t byteCount) noexcept;
+void release(void* block, std::size_t byteCount = 0) noexcept;
 
 // A page of 4,096 bytes, all 0, before one that may not be read; null when there is no memory.
 char* guardedPage() noexcept;

@@ -28,6 +28,7 @@ if(NOT WIN32)
   add_executable(nomos_heap_steps ${CMAKE_CURRENT_SOURCE_DIR}/nomos/steps/heap.cpp
     ${PROJECT_SOURCE_DIR}/nomos/source/linux/heap.cpp)
   target_compile_options(nomos_heap_steps PRIVATE -UNOMOS_KEEPS_BLOCKS
+    "SHELL:-iquote ${CMAKE_CURRENT_SOURCE_DIR}"
     "SHELL:-iquote ${PROJECT_SOURCE_DIR}/nomos/source"
     "SHELL:-iquote ${PROJECT_SOURCE_DIR}/nomos/include")
   target_link_libraries(nomos_heap_steps PRIVATE nomutil_flags nomutil_gtest)

@@ -25,12 +25,6 @@ bool failsNow() {
   return false;
 }
 
-void countReleased() {
-  if (isWatched.load(std::memory_order_relaxed)) {
-    liveBlocks.fetch_sub(1, std::memory_order_relaxed);
-  }
-}
-
 }  // namespace
 
 XHeap& XHeap::library() noexcept {
@@ -47,14 +41,14 @@ void* XHeap::allocate(std::size_t byteCount) noexcept {
 }
 
 void XHeap::release(void* block) noexcept {
-  if (block == nullptr) return;
-  countReleased();
-  nomos::platform::release(block);
+  release(block, 0);
 }
 
 void XHeap::release(void* block, std::size_t byteCount) noexcept {
   if (block == nullptr) return;
-  countReleased();
+  if (isWatched.load(std::memory_order_relaxed)) {
+    liveBlocks.fetch_sub(1, std::memory_order_relaxed);
+  }
   nomos::platform::release(block, byteCount);
 }
 

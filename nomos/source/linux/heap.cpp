@@ -51,8 +51,8 @@ void giveBack() {
   threadBlocks.room = kRoom;
 }
 
-// What is called when a thread ends is told to the system by a key: a thread_local object takes
-// memory to be told, and without it the process ends.
+// The key has endThread called at the end of a thread. To register the destructor of a thread_local
+// object takes memory, and the process ends where there is none.
 pthread_key_t threadEnd;
 std::atomic<bool> isThreadEndSeen{false};  // while the library is loaded
 
@@ -91,10 +91,6 @@ void* allocate(std::size_t byteCount) noexcept {
   first = block->next;
   threadBlocks.room += grains * kGrain;
   return block;
-}
-
-void release(void* block) noexcept {
-  std::free(block);
 }
 
 void release(void* block, std::size_t byteCount) noexcept {

@@ -10,11 +10,8 @@ namespace nomos::platform {
 void* allocate(std::size_t byteCount) noexcept {
   return HeapAlloc(GetProcessHeap(), 0, byteCount);
 }
-void release(void* block) noexcept {
-  HeapFree(GetProcessHeap(), 0, block);
-}
 void release(void* block, std::size_t) noexcept {
-  release(block);
+  HeapFree(GetProcessHeap(), 0, block);
 }
 
 char* guardedPage() noexcept {

@@ -2,6 +2,7 @@
 // how large each of its blocks is, and which are out.
 
 #include "platform.h"
+#include "support/threads.h"
 
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -185,10 +186,7 @@ TEST(KeptBlocks, ServeRequestsOfOtherSizesAndThreads) {
       release(block.bytes, block.size);
     }
   };
-  std::thread one(work, 1);
-  std::thread two(work, 2);
-  one.join();
-  two.join();
+  nomtest::inThreads(2, work);
   EXPECT_LT(given, kSteps) << "of 2 * kSteps requests most are served from what was kept";
   inThread([&shared] {
     for (const Block& block : shared) release(block.bytes, block.size);

@@ -122,9 +122,8 @@ std::uint32_t DynamicObject::hash() const {
 
 int DynamicObject::setPropertyDescriptions(const void* bytes, std::uint32_t length) {
   const int status = setImage(_descriptions, bytes, length);
-  if (status != kNoError) return status;
-  _forgetNames();
-  return kNoError;
+  if (status == kNoError) _forgetNames();
+  return status;
 }
 
 int DynamicObject::setValues(const void* bytes, std::uint32_t length) {
